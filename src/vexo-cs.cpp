@@ -1,0 +1,113 @@
+// RGB colour spaces: primaries and white, and the normalised primary matrix (SMPTE RP 177). Single precision, except
+// that the setters form z = 1 - x - y in double.
+#include "vexo-cs.h"
+
+#include <initializer_list>
+
+namespace {
+
+vexo_vector chromaticity(float x, float y) {
+  return vexo_vector{{x, y, static_cast<float>(1.0 - static_cast<double>(x) - static_cast<double>(y))}};
+}
+
+} // namespace
+
+static_assert(sizeof(vexo_cs) == 84, "part of the binary interface");
+
+void vexo_cs_set_r(vexo_cs *cs, float x, float y) { cs->r = chromaticity(x, y); }
+
+void vexo_cs_set_g(vexo_cs *cs, float x, float y) { cs->g = chromaticity(x, y); }
+
+void vexo_cs_set_b(vexo_cs *cs, float x, float y) { cs->b = chromaticity(x, y); }
+
+void vexo_cs_set_w(vexo_cs *cs, float x, float y) { cs->w = chromaticity(x, y); }
+
+int vexo_cs_matrix(vexo_cs *cs, vexo_matrix *m) {
+  const auto &w = cs->w.d;
+  if (w[1] == 0.0F) {
+    return -1;
+  }
+  vexo_matrix_set_column(m, &cs->r, 0);
+  vexo_matrix_set_column(m, &cs->g, 1);
+  vexo_matrix_set_column(m, &cs->b, 2);
+  vexo_matrix c;
+  if (vexo_matrix_invert(&c, m) != 0) {
+    return -1;
+  }
+  // The amounts of the primaries that make up the white at Y = 1 scale the columns.
+  vexo_vector amounts = {{w[0] / w[1], w[1] / w[1], w[2] / w[1]}};
+  vexo_matrix_transform(&c, &amounts);
+  vexo_matrix_init(&c);
+  for (int i = 0; i < 3; i++) {
+    c.d[i][i] = amounts.d[i];
+  }
+  vexo_matrix_multiply(m, &c);
+  return 0;
+}
+
+int vexo_cs_init(vexo_cs *cs, float data[4][2]) {
+  vexo_cs_set_r(cs, data[0][0], data[0][1]);
+  vexo_cs_set_g(cs, data[1][0], data[1][1]);
+  vexo_cs_set_b(cs, data[2][0], data[2][1]);
+  vexo_cs_set_w(cs, data[3][0], data[3][1]);
+  return vexo_cs_matrix(cs, &cs->npm);
+}
+
+int vexo_cs_init_XYZ(vexo_cs *cs, const float *r, const float *g, const float *b, const float *w, const float *d) {
+  const float *const readings[4] = {r, g, b, w};
+  vexo_vector black;
+  vexo_vector_set_xyz(&black, d);
+  vexo_vector patch[4];
+  for (int i = 0; i < 4; i++) {
+    vexo_vector_set_xyz(&patch[i], readings[i]);
+    vexo_vector_sub(&patch[i], &black);
+    if (vexo_XYZ_xyz(&patch[i]) != 0) {
+      return -1;
+    }
+  }
+  cs->r = patch[0];
+  cs->g = patch[1];
+  cs->b = patch[2];
+  cs->w = patch[3];
+  return vexo_cs_matrix(cs, &cs->npm);
+}
+
+int vexo_cs_transform(vexo_matrix *m, vexo_cs *src, vexo_cs *dst) {
+  if (vexo_matrix_invert(m, &dst->npm) != 0) {
+    return -1;
+  }
+  vexo_matrix_multiply(m, &src->npm);
+  return 0;
+}
+
+void vexo_cs_dump(FILE *f, vexo_cs *cs, char *prefix) {
+  if (prefix != nullptr) {
+    fprintf(f, "%s Color Space (%p):\n", prefix, static_cast<void *>(cs));
+  } else {
+    fprintf(f, "Color Space (%p):\n", static_cast<void *>(cs));
+  }
+  vexo_vector_dump(f, &cs->r, "Red Primary");
+  vexo_vector_dump(f, &cs->g, "Green Primary");
+  vexo_vector_dump(f, &cs->b, "Blue Primary");
+  vexo_vector_dump(f, &cs->w, "Reference White");
+  char npm[] = "NPM";
+  vexo_matrix_dump(f, &cs->npm, npm);
+}
+
+int vexo_cs_store(FILE *f, vexo_cs *cs) {
+  for (vexo_vector *v : {&cs->r, &cs->g, &cs->b, &cs->w}) {
+    if (vexo_vector_store(f, v) != 0) {
+      return -1;
+    }
+  }
+  return 0;
+}
+
+int vexo_cs_load(FILE *f, vexo_cs *cs) {
+  for (vexo_vector *v : {&cs->r, &cs->g, &cs->b, &cs->w}) {
+    if (vexo_vector_load(f, v) != 0) {
+      return -1;
+    }
+  }
+  return vexo_cs_matrix(cs, &cs->npm);
+}

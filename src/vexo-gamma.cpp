@@ -1,0 +1,547 @@
+// Transfer curves and one-dimensional LUTs. Values are single precision; powers, table inputs i / (size - 1) and the
+// blend are formed in double and rounded once.
+#include "vexo-gamma.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "vexo-exact.h"
+#include "vexo-locale.h"
+
+using vexo_internal::blend;
+using vexo_internal::NumberLocale;
+using vexo_internal::table_at;
+
+namespace {
+
+const int kDefaultSize = 1024; // entries of a file without a size line
+const int kIntegerDepth = 16;  // depth of an integer file without a bits line
+const int kDecimalDepth = 8;   // depth of a decimal file without a bits line
+const int kColumnLimit = 1024; // numbers read from a one-column file
+
+struct Free {
+  void operator()(void *p) const { free(p); }
+};
+template <typename T> using Owned = std::unique_ptr<T, Free>;
+
+template <typename T> Owned<T> allocate(int count) {
+  return Owned<T>(static_cast<T *>(calloc(static_cast<size_t>(count), sizeof(T))));
+}
+
+// Stores the size and takes over the storage allocated for it.
+int adopt(vexo_lut *lut, int size, void *storage) {
+  lut->size = size;
+  lut->d = static_cast<float *>(storage);
+  if (lut->d == nullptr) {
+    fputs("vexo_lut_init: malloc failed.\n", stderr);
+    return -1;
+  }
+  return 0;
+}
+
+// Whether size entries can be counted in bytes.
+bool allocatable(int size) { return size >= 0 && static_cast<size_t>(size) <= SIZE_MAX / sizeof(float); }
+
+float normalised_input(int i, int size) {
+  return static_cast<float>(static_cast<double>(i) / (static_cast<double>(size) - 1.0));
+}
+
+// The normalised distance between the entries of a table of size entries.
+float step_of(int size) { return static_cast<float>(1.0 / (static_cast<double>(size) - 1.0)); }
+
+void sample_curve(float (*curve)(vexo_gamma *, float), vexo_gamma *gamma, vexo_lut *lut) {
+  if (lut->size < 2) {
+    return;
+  }
+  for (int i = 0; i < lut->size; i++) {
+    lut->d[i] = curve(gamma, normalised_input(i, lut->size));
+  }
+}
+
+bool valid_depth(int nbits) { return nbits >= 1 && nbits <= 30; }
+
+float max_code(int nbits) { return static_cast<float>((1 << nbits) - 1); }
+
+// The code of a value, to nearest, halves away from zero; not limited to the depth, but to int. A NaN is 0.
+int code_of(float value, float max_value) {
+  const float code = std::round(max_value * value);
+  if (std::isnan(code)) {
+    return 0;
+  }
+  if (code >= 2147483648.0F) {
+    return INT_MAX;
+  }
+  return code <= -2147483648.0F ? INT_MIN : static_cast<int>(code);
+}
+
+// The low 16 bits of the code, negative codes as 0.
+unsigned short short_code_of(float value, float max_value) {
+  const float code = std::round(value * max_value);
+  if (!(code > 0.0F)) {
+    return 0;
+  }
+  const uint32_t bits = code >= 4294967296.0F ? UINT32_MAX : static_cast<uint32_t>(code);
+  return static_cast<unsigned short>(bits & 0xFFFFU);
+}
+
+// What distinguishes the two three-channel readers.
+struct TextLayout {
+  int nbits;                                      // default depth
+  bool size_is_log2;                              // the size line gives the base-2 logarithm
+  bool (*scan)(const char *line, float codes[3]); // three codes of a data line
+};
+
+// Unsigned integers as %u takes them: a minus sign wraps, and the low 32 bits count on every host.
+bool scan_integers(const char *line, float codes[3]) {
+  unsigned long long wide[3];
+  if (sscanf(line, "%llu %llu %llu", &wide[0], &wide[1], &wide[2]) != 3) {
+    return false;
+  }
+  for (int c = 0; c < 3; c++) {
+    codes[c] = static_cast<float>(static_cast<uint32_t>(wide[c]));
+  }
+  return true;
+}
+
+bool scan_decimals(const char *line, float codes[3]) {
+  return sscanf(line, "%f %f %f", &codes[0], &codes[1], &codes[2]) == 3;
+}
+
+const TextLayout kIntegerFile = {kIntegerDepth, false, scan_integers};
+const TextLayout kDecimalFile = {kDecimalDepth, true, scan_decimals};
+
+// The number of a header line "KEYWORD number", low 32 bits, as %d takes it.
+bool header_number(const char *line, const char *format, int *number) {
+  long long wide = 0;
+  if (sscanf(line, format, &wide) != 1) {
+    return false;
+  }
+  *number = static_cast<int>(static_cast<uint32_t>(wide));
+  return true;
+}
+
+class LineReader {
+public:
+  explicit LineReader(FILE *f) : f_(f) {}
+  bool next() { return fgets(line_, sizeof line_, f_) != nullptr; }
+  const char *line() const { return line_; }
+
+private:
+  FILE *f_;
+  char line_[1024] = "";
+};
+
+int load_three_channels(FILE *f, vexo_lut *lut, const TextLayout &layout) {
+  const NumberLocale locale;
+  LineReader in(f);
+  int size = kDefaultSize;
+  int nbits = layout.nbits;
+  if (!in.next()) {
+    return -1;
+  }
+  if (header_number(in.line(), "LUT_1D_SIZE %lld", &size)) {
+    if (layout.size_is_log2) {
+      if (size < 0 || size > 30) {
+        return -1;
+      }
+      size = 1 << size;
+    }
+    if (!in.next()) {
+      return -1;
+    }
+    if (header_number(in.line(), "LUT_1D_BITS %lld", &nbits) && !in.next()) {
+      return -1;
+    }
+  }
+  if (!valid_depth(nbits)) {
+    return -1;
+  }
+  for (int c = 0; c < 3; c++) {
+    if (vexo_lut_init_zero(&lut[c], size) != 0) {
+      return -1;
+    }
+  }
+  const float max_value = max_code(nbits);
+  bool more = true;
+  for (int i = 0; i < size; i++) {
+    if (!more) {
+      return -1;
+    }
+    float codes[3];
+    if (layout.scan(in.line(), codes)) {
+      for (int c = 0; c < 3; c++) {
+        lut[c].d[i] = codes[c] / max_value;
+      }
+    }
+    more = in.next();
+  }
+  return 0;
+}
+
+// The output entry nearest to position p, between 0 and last; a NaN is entry 0.
+int nearest_entry(double p, int last) {
+  if (!(p > 0.0)) {
+    return 0;
+  }
+  return p >= static_cast<double>(last) ? last : static_cast<int>(std::lround(p));
+}
+
+} // namespace
+
+static_assert(sizeof(vexo_gamma) == 16 && sizeof(vexo_lut) == 2 * sizeof(void *), "part of the binary interface");
+
+void vexo_gamma_init(vexo_gamma *gamma, float g) { *gamma = vexo_gamma{0.0F, 0.0F, g, 0.0F}; }
+
+float vexo_gamma_evaluate(vexo_gamma *gamma, float x) {
+  if (x <= 0.0F) {
+    return 0.0F;
+  }
+  if (x >= 1.0F) {
+    return 1.0F;
+  }
+  if (x < gamma->transition) {
+    return gamma->slope * x;
+  }
+  const double offset = static_cast<double>(gamma->offset);
+  const double power = std::pow(static_cast<double>(x), static_cast<double>(gamma->gamma));
+  return static_cast<float>((offset + 1.0) * power - offset);
+}
+
+float vexo_gamma_inverse(vexo_gamma *gamma, float y) {
+  if (y <= 0.0F) {
+    return 0.0F;
+  }
+  if (y >= 1.0F) {
+    return 1.0F;
+  }
+  if (y < gamma->slope * gamma->transition) {
+    return y / gamma->slope;
+  }
+  if (gamma->gamma == 0.0F) {
+    return -1.0F;
+  }
+  const double base = static_cast<double>(y + gamma->offset) / (static_cast<double>(gamma->offset) + 1.0);
+  return static_cast<float>(std::pow(base, 1.0 / static_cast<double>(gamma->gamma)));
+}
+
+int vexo_lut_init(vexo_lut *lut, int size) {
+  return adopt(lut, size, allocatable(size) ? malloc(static_cast<size_t>(size) * sizeof(float)) : nullptr);
+}
+
+int vexo_lut_init_zero(vexo_lut *lut, int size) {
+  return adopt(lut, size, allocatable(size) ? calloc(static_cast<size_t>(size), sizeof(float)) : nullptr);
+}
+
+void vexo_lut_destroy(vexo_lut *lut) {
+  lut->size = 0;
+  free(lut->d);
+  lut->d = nullptr;
+}
+
+void vexo_lut_set_data(vexo_lut *lut, float *data) {
+  if (lut->size > 0) {
+    memcpy(lut->d, data, static_cast<size_t>(lut->size) * sizeof(float));
+  }
+}
+
+void vexo_lut_by_gamma(vexo_gamma *gamma, vexo_lut *lut) { sample_curve(vexo_gamma_evaluate, gamma, lut); }
+
+void vexo_lut_by_linear_gamma(vexo_lut *lut) {
+  vexo_gamma linear;
+  vexo_gamma_init(&linear, 1.0F);
+  vexo_lut_by_gamma(&linear, lut);
+}
+
+void vexo_lut_inverse_gamma(vexo_gamma *gamma, vexo_lut *lut) { sample_curve(vexo_gamma_inverse, gamma, lut); }
+
+int vexo_lut_init_with_gamma(vexo_lut *lut, int size, float g) {
+  if (vexo_lut_init(lut, size) != 0) {
+    return -1;
+  }
+  vexo_gamma power;
+  vexo_gamma_init(&power, g);
+  vexo_lut_by_gamma(&power, lut);
+  return 0;
+}
+
+float vexo_lut_evaluate(const vexo_lut *lut, float x) {
+  if (lut->size < 1) {
+    return -1.0F;
+  }
+  return x > 0.0F ? table_at(lut->d, lut->size - 1, x) : lut->d[0];
+}
+
+float vexo_lut_inverse(vexo_lut *lut, float y) {
+  if (y <= 0.0F) {
+    return 0.0F;
+  }
+  if (y >= 1.0F) {
+    return 1.0F;
+  }
+  const float *d = lut->d;
+  const int n = lut->size - 1;
+  int i = 0;
+  while (i < n && !(y <= d[i + 1])) {
+    i++;
+  }
+  if (i >= n) {
+    return 1.0F;
+  }
+  if (d[i + 1] == d[i]) { // only a flat start: any other segment begins below y
+    return -1.0F;
+  }
+  const float t = (y - d[i]) / (d[i + 1] - d[i]);
+  const double position =
+      static_cast<double>(t * static_cast<float>(i + 1)) + (1.0 - static_cast<double>(t)) * static_cast<double>(i);
+  return static_cast<float>(position / static_cast<double>(n));
+}
+
+int vexo_lut_dup(vexo_lut *dst, const vexo_lut *src) {
+  if (dst->size < 2 || src->size < 1) {
+    return 0;
+  }
+  const float scale =
+      static_cast<float>((static_cast<double>(src->size) - 1.0) / (static_cast<double>(dst->size) - 1.0));
+  for (int i = 0; i < dst->size; i++) {
+    dst->d[i] = vexo_lut_evaluate(src, static_cast<float>(i) * scale);
+  }
+  return 0;
+}
+
+void vexo_convert_lut(vexo_lut *dst, vexo_lut *src) {
+  if (dst->size < 1 || src->size < 1) {
+    return;
+  }
+  if (src->size == dst->size) {
+    vexo_lut_dup(dst, src);
+    return;
+  }
+  const int src_last = src->size - 1;
+  const int dst_last = dst->size - 1;
+  const float src_step = step_of(src->size);
+  const float dst_step = step_of(dst->size);
+  dst->d[0] = src->d[0];
+  for (int i = 1; i < dst_last; i++) {
+    dst->d[i] = table_at(src->d, src_last, static_cast<float>(i) * dst_step / src_step);
+  }
+  dst->d[dst_last] = src->d[src_last];
+}
+
+void vexo_lut_merge(vexo_lut *src0, vexo_lut *src1, vexo_lut *dst) {
+  if (src0->size < 2 || src1->size < 2 || dst->size < 2) {
+    return;
+  }
+  const float src0_step = step_of(src0->size);
+  const float src1_step = step_of(src1->size);
+  const float dst_step = step_of(dst->size);
+  for (int i = 0; i < dst->size; i++) {
+    const float y = table_at(src0->d, src0->size - 1, static_cast<float>(i) * dst_step / src0_step);
+    dst->d[i] = table_at(src1->d, src1->size - 1, y / src1_step);
+  }
+}
+
+void vexo_interpolate_linear(int num, int *nx, float *ny, float *lut) {
+  if (num < 1) {
+    return;
+  }
+  for (int k = 0; k + 1 < num; k++) {
+    const int length = nx[k + 1] - nx[k];
+    const float step = length > 0 ? (ny[k + 1] - ny[k]) / static_cast<float>(length) : 0.0F;
+    for (int m = 0; m < length; m++) {
+      lut[nx[k] + m] = ny[k] + static_cast<float>(m) * step;
+    }
+  }
+  lut[nx[num - 1]] = ny[num - 1];
+}
+
+int vexo_data_normalize(float *data, int size) {
+  const int last = size - 1;
+  if (last < 1 || !(data[last] > data[0])) {
+    return -1;
+  }
+  for (int i = 0; i + 1 < last;) {
+    int j = i + 1;
+    while (j < last && !(data[i] < data[j] && data[j] < data[last])) {
+      j++;
+    }
+    const float length = static_cast<float>(j - i);
+    for (int k = i + 1; k < j; k++) {
+      data[k] = blend(data[i], data[j], (static_cast<float>(k) - static_cast<float>(i)) / length);
+    }
+    i = j;
+  }
+  return 0;
+}
+
+int vexo_lut_data_normalize(float *data, int size) {
+  if (vexo_data_normalize(data, size) != 0) {
+    return -1;
+  }
+  const float first = data[0];
+  const float last = data[size - 1];
+  if (first == 0.0F && last == 1.0F) {
+    return 0;
+  }
+  for (int k = 1; k < size - 1; k++) {
+    data[k] = (data[k] - first) / (last - first);
+  }
+  data[0] = 0.0F;
+  data[size - 1] = 1.0F;
+  return 0;
+}
+
+int vexo_lut_dump(FILE *f, vexo_lut *lut, char *prefix) {
+  if (lut->size == 1) {
+    return -1;
+  }
+  const NumberLocale locale;
+  if (prefix != nullptr) {
+    fprintf(f, "%s LUT(%d):\n", prefix, lut->size);
+  } else {
+    fprintf(f, "LUT(%d):\n", lut->size);
+  }
+  for (int i = 0; i < lut->size; i++) {
+    const double input = static_cast<double>(static_cast<float>(i)) / (static_cast<double>(lut->size) - 1.0);
+    fprintf(f, "\t[%4d(%8lf)] - %.10lf\n", i, input, static_cast<double>(lut->d[i]));
+  }
+  return 0;
+}
+
+int vexo_lut_to_uint(vexo_lut *lut, unsigned short *data, int nbits) {
+  if (!valid_depth(nbits)) {
+    return -1;
+  }
+  const float max_value = max_code(nbits);
+  for (int i = 0; i < lut->size; i++) {
+    data[i] = short_code_of(lut->d[i], max_value);
+  }
+  return 0;
+}
+
+void vexo_lut_dump_int(FILE *f, vexo_lut *lut, int nbits, char *title) {
+  if (!valid_depth(nbits)) {
+    return;
+  }
+  if (title != nullptr) {
+    fprintf(f, "TITLE: %s\n", title);
+  }
+  fprintf(f, "LUT_1D_SIZE %d\nLUT_1D_BITS %d\n", lut->size, nbits);
+  const float max_value = max_code(nbits);
+  for (int i = 0; i < lut->size; i++) {
+    fprintf(f, "%5d\t#%5d,\n", code_of(lut->d[i], max_value), i);
+  }
+}
+
+void vexo_lut_dump_int3(FILE *f, vexo_lut *lut, int nbits, char *prefix) {
+  if (!valid_depth(nbits)) {
+    return;
+  }
+  if (prefix != nullptr) {
+    fprintf(f, "%s LUT(%d x %d):\n", prefix, lut[0].size, nbits);
+  } else {
+    fprintf(f, "LUT(%d x %d):\n", lut[0].size, nbits);
+  }
+  const float max_value = max_code(nbits);
+  for (int i = 0; i < lut[0].size; i++) {
+    fprintf(f, "\t[%4d] - %8d %8d %8d\n", i, code_of(lut[0].d[i], max_value), code_of(lut[1].d[i], max_value),
+            code_of(lut[2].d[i], max_value));
+  }
+}
+
+int vexo_luts_store_int(FILE *f, vexo_lut *lut, int nbits) {
+  if (!valid_depth(nbits)) {
+    return -1;
+  }
+  fprintf(f, "LUT_1D_SIZE %d\nLUT_1D_BITS %d\n", lut[0].size, nbits);
+  const float max_value = max_code(nbits);
+  for (int i = 0; i < lut[0].size; i++) {
+    fprintf(f, "%5d %5d %5d\n", code_of(lut[0].d[i], max_value), code_of(lut[1].d[i], max_value),
+            code_of(lut[2].d[i], max_value));
+  }
+  return 0;
+}
+
+int vexo_luts_load_int(FILE *f, vexo_lut *lut) { return load_three_channels(f, lut, kIntegerFile); }
+
+int vexo_luts_load_file(FILE *f, vexo_lut *lut) { return load_three_channels(f, lut, kDecimalFile); }
+
+int vexo_lut_load_custom(FILE *f, vexo_lut *lut) {
+  const NumberLocale locale;
+  float column[kColumnLimit];
+  char line[128];
+  int count = 0;
+  while (count < kColumnLimit && fgets(line, sizeof line, f) != nullptr) {
+    if (sscanf(line, "%f", &column[count]) == 1) {
+      count++;
+    }
+  }
+  if (vexo_lut_data_normalize(column, count) != 0 || vexo_lut_init(lut, count) != 0) {
+    return -1;
+  }
+  vexo_lut_set_data(lut, column);
+  return 0;
+}
+
+void vexo_gamma_lut_invert(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system, vexo_lut *panel) {
+  if (lut->size < 2 || panel->size < 2) {
+    return;
+  }
+  const float lut_step = step_of(lut->size);
+  for (int i = 0; i < lut->size; i++) {
+    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
+    lut->d[i] = vexo_lut_inverse(panel, vexo_gamma_evaluate(system, scene));
+  }
+}
+
+int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system, vexo_lut *panel) {
+  if (lut->size < 2 || panel->size < 2) {
+    return -1;
+  }
+  const Owned<int> owned_nx = allocate<int>(lut->size);
+  const Owned<float> owned_ny = allocate<float>(lut->size);
+  int *const nx = owned_nx.get();
+  float *const ny = owned_ny.get();
+  if (nx == nullptr || ny == nullptr) {
+    return -1;
+  }
+  const float panel_step = step_of(panel->size);
+  int knots = 0;
+  int position = 0;
+  int drives = 0;
+  float sum = 0.0F;
+  const auto store_knot = [&] {
+    nx[knots] = position;
+    ny[knots] = drives > 0 ? sum / static_cast<float>(drives) : 0.0F;
+    knots++;
+  };
+  for (int j = 0; j < panel->size; j++) {
+    const float scene = vexo_gamma_inverse(system, panel->d[j]);
+    const double code = static_cast<double>(vexo_gamma_evaluate(camera, scene));
+    const int entry = nearest_entry(code * (static_cast<double>(lut->size) - 1.0), lut->size - 1);
+    if (entry > position) {
+      store_knot();
+      position = entry;
+      drives = 0;
+      sum = 0.0F;
+    }
+    sum += static_cast<float>(j) * panel_step;
+    drives++;
+  }
+  store_knot();
+  vexo_interpolate_linear(knots, nx, ny, lut->d);
+  return 0;
+}
+
+void vexo_gamma_generate_lut(vexo_gamma *in, vexo_gamma *out, vexo_lut *lut) {
+  if (lut->size < 2) {
+    return;
+  }
+  for (int i = 0; i < lut->size; i++) {
+    const float x = static_cast<float>(i) / static_cast<float>(lut->size - 1);
+    lut->d[i] = vexo_gamma_inverse(out, vexo_gamma_evaluate(in, x));
+  }
+}

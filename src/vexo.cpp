@@ -1,0 +1,466 @@
+// Panel calibration: measurement tables, gray tracking, white balance and the two recipes that make correction LUTs.
+// Colours are single precision; reading a table between levels goes through the shared blend.
+#include "vexo.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "vexo-cs.h"
+#include "vexo-exact.h"
+#include "vexo-locale.h"
+#include "vexo-rows.h"
+
+using vexo_internal::blend;
+using vexo_internal::kRows;
+using vexo_internal::rows_of;
+using vexo_internal::table_at;
+
+namespace {
+
+const int kLevels = 1024; // table levels of a channel
+const int kTop = kLevels - 1;
+const float kTopF = 1023.0F;
+
+const int kWhiteRange = 32;     // levels that one pass of the peak white search goes down
+const float kFarthest = 2.0F;   // no colour counts unless it is nearer to the target
+const float kRedStep = 0.0625F; // gray tracking searches red in sixteenths of a level
+const int kToe = 16;            // entries below this one form the linear toe
+
+using Column = float[kLevels];
+using Table = Column[3]; // one channel: x, y, relative Y (or X, Y, Z on the way there)
+
+// The measurements make tables when at least two rows rise from level 0 and every value is finite.
+bool usable(const vexo_lcnr *lcnr) {
+  if (lcnr->num < 2 || lcnr->num > kRows || lcnr->sample[0] != 0.0F) {
+    return false;
+  }
+  for (int i = 0; i < lcnr->num; i++) {
+    if (!std::isfinite(lcnr->sample[i]) || (i > 0 && !(lcnr->sample[i] > lcnr->sample[i - 1]))) {
+      return false;
+    }
+    for (const auto &channel : lcnr->data) {
+      for (const auto &component : channel) {
+        if (!std::isfinite(component[i])) {
+          return false;
+        }
+      }
+    }
+  }
+  return std::isfinite(kTopF / lcnr->sample[lcnr->num - 1]);
+}
+
+// XYZ tables to xyY above black; maxY keeps the luminance of each channel's top, to which the tables are then scaled.
+int make_relative(vexo *panel) {
+  for (int c = 0; c < 3; c++) {
+    float *columns[3] = {panel->data[c][0], panel->data[c][1], panel->data[c][2]};
+    if (vexo_XYZ_xyY_array(kLevels, columns) != 0) {
+      return -1;
+    }
+    panel->maxY[c] = panel->data[c][2][kTop];
+  }
+  for (int c = 0; c < 3; c++) {
+    for (float &Y : panel->data[c][2]) {
+      Y /= panel->maxY[c];
+    }
+  }
+  return 0;
+}
+
+int vexo_data_lcnr_generate(vexo *panel, vexo_lcnr *lcnr) {
+  if (!usable(lcnr)) {
+    return -1;
+  }
+  const float sample_scale = kTopF / lcnr->sample[lcnr->num - 1];
+  int levels[kRows];
+  for (int i = 0; i < lcnr->num; i++) {
+    levels[i] = static_cast<int>(std::lround(lcnr->sample[i] * sample_scale));
+  }
+  for (int c = 0; c < 3; c++) {
+    for (int m = 0; m < 3; m++) {
+      vexo_interpolate_linear(lcnr->num, levels, lcnr->data[c][m], panel->data[c][m]);
+    }
+  }
+  return make_relative(panel);
+}
+
+int vexo_data_generate(vexo *panel) { return vexo_data_lcnr_generate(panel, &panel->lcnr); }
+
+// Absolute XYZ above black of every level of a channel.
+void absolute_XYZ(Table &XYZ, const Table &xyY, float maxY) {
+  for (int k = 0; k < kLevels; k++) {
+    const float x = xyY[0][k];
+    const float y = xyY[1][k];
+    if (y == 0.0F) {
+      XYZ[0][k] = XYZ[1][k] = XYZ[2][k] = 0.0F;
+      continue;
+    }
+    const float S = maxY * xyY[2][k] / y;
+    const float X = x * S;
+    const float Y = y * S;
+    const float Z = S - X - Y;
+    XYZ[0][k] = X;
+    XYZ[1][k] = Y;
+    XYZ[2][k] = Z < 0.0F ? 0.0F : Z;
+  }
+}
+
+// Rebuilds the tables as the panel would measure through the LUTs.
+int vexo_data_regenerate(vexo *panel, vexo_lut *lut) {
+  for (int c = 0; c < 3; c++) {
+    Table XYZ;
+    absolute_XYZ(XYZ, panel->data[c], panel->maxY[c]);
+    for (int k = 0; k < kLevels; k++) {
+      const float level = lut[c].d[k] * kTopF;
+      for (int m = 0; m < 3; m++) {
+        panel->data[c][m][k] = table_at(XYZ[m], kTop, level);
+      }
+    }
+  }
+  return make_relative(panel);
+}
+
+vexo_vector data_index_vector(const Column *T, float idx) {
+  return vexo_vector{{table_at(T[0], kTop, idx), table_at(T[1], kTop, idx), table_at(T[2], kTop, idx)}};
+}
+
+vexo_vector entry(const Column *T, int level) { return vexo_vector{{T[0][level], T[1][level], T[2][level]}}; }
+
+// Absolute xyY of channel c at a fractional level.
+vexo_vector channel_xyY(const vexo *panel, int c, float level) {
+  vexo_vector v = data_index_vector(panel->data[c], level);
+  v.d[2] *= panel->maxY[c];
+  return v;
+}
+
+// Squared distance in the chromaticity diagram, differences in x counting twice.
+float vexo_color_distance(const vexo_vector *c1, const vexo_vector *c2) {
+  const float dx = 2.0F * (c1->d[0] - c2->d[0]);
+  const float dy = c1->d[1] - c2->d[1];
+  return dx * dx + dy * dy;
+}
+
+// Entries 0 to t - 1 become a straight line from 0 towards entry t.
+void vexo_lut_linearity(vexo_lut *lut, int t) {
+  for (int c = 0; c < 3; c++) {
+    const float slope = lut[c].d[t] * (1.0F / static_cast<float>(t));
+    for (int n = 0; n < t; n++) {
+      lut[c].d[n] = slope * static_cast<float>(n);
+    }
+  }
+}
+
+// Gray tracking and the recipes work on LUTs of one entry a table level.
+bool level_sized(const vexo_lut *lut) {
+  if (lut[0].size == kLevels && lut[1].size == kLevels && lut[2].size == kLevels) {
+    return true;
+  }
+  fputs("vexo_gray_tracking: LUT size error.\n", stderr);
+  return false;
+}
+
+// Searches the red and blue of gray level ng that come nearest to the target at the luminance that the LUTs give the
+// level, below the entries of the level above. mixed keeps the last mixture: one that fails leaves it as it was.
+void track_level(vexo_lut *lut, vexo *panel, const vexo_vector *target, int ng, vexo_vector *mixed) {
+  float &red_entry = lut[0].d[ng];
+  float &blue_entry = lut[2].d[ng];
+  const float red_above = lut[0].d[ng + 1] * kTopF;
+  const float blue_above = lut[2].d[ng + 1] * kTopF;
+  const float Yr = table_at(panel->data[0][2], kTop, red_entry * kTopF);
+  const float Yb = table_at(panel->data[2][2], kTop, blue_entry * kTopF);
+  vexo_vector vg = channel_xyY(panel, 1, lut[1].d[ng] * kTopF);
+  const float Ytot = vg.d[2] + Yr * panel->maxY[0] + Yb * panel->maxY[2];
+
+  float best = kFarthest;
+  for (float red = red_above - kRedStep; red >= 0.0F; red -= kRedStep) {
+    vexo_vector vr = channel_xyY(panel, 0, red);
+    vexo_vector vb = {};
+    const float need = (Ytot - vr.d[2] - vg.d[2]) / panel->maxY[2];
+    const float blue = vexo_data_Y_xyY(&vb, panel->data[2], need);
+    if (blue_above <= blue) {
+      break;
+    }
+    vb.d[2] *= panel->maxY[2];
+    vexo_xyY_mix_3(&vr, &vg, &vb, mixed);
+    const float distance = vexo_color_distance(target, mixed);
+    if (distance < best) {
+      best = distance;
+      red_entry = red / kTopF;
+      blue_entry = blue / kTopF;
+    }
+  }
+}
+
+int vexo_gray_tracking(vexo_lut *lut, vexo *panel, vexo_vector *wb) {
+  if (!level_sized(lut)) {
+    return -1;
+  }
+  vexo_vector target = *wb;
+  if (vexo_XYZ_xyY(&target) != 0) {
+    return -1;
+  }
+  vexo_vector mixed = {};
+  for (int ng = kLevels - 2; ng >= kToe; ng--) {
+    track_level(lut, panel, &target, ng, &mixed);
+  }
+  vexo_lut_linearity(lut, kToe);
+  return 0;
+}
+
+// One pass of the peak white search: the candidates from level n down, in whole levels, highest red, green, blue first.
+// Lowers best and moves m when one comes nearer to ref. mixed keeps the last prediction, as in track_level().
+void search_white(vexo *panel, vexo_vector *ref, const int n[3], int m[3], float *best, vexo_vector *mixed) {
+  for (int r = n[0]; r >= n[0] - kWhiteRange && r >= 0; r--) {
+    for (int g = n[1]; g >= n[1] - kWhiteRange && g >= 0; g--) {
+      for (int b = n[2]; b >= n[2] - kWhiteRange && b >= 0; b--) {
+        vexo_get_xyY(mixed, panel, static_cast<float>(r), static_cast<float>(g), static_cast<float>(b));
+        const float distance = vexo_color_distance(mixed, ref);
+        if (distance < *best) {
+          *best = distance;
+          m[0] = r;
+          m[1] = g;
+          m[2] = b;
+        }
+      }
+    }
+  }
+}
+
+// X/Y and Z/Y of an XYZ.
+struct Ratios {
+  float rg;
+  float bg;
+};
+Ratios ratios(const vexo_vector &XYZ) { return Ratios{XYZ.d[0] / XYZ.d[1], XYZ.d[2] / XYZ.d[1]}; }
+
+// The six LUTs that a recipe works on.
+class WorkingLuts {
+public:
+  WorkingLuts() = default;
+  ~WorkingLuts() {
+    for (int c = 0; c < 3; c++) {
+      vexo_lut_destroy(&curve[c]);
+      vexo_lut_destroy(&balance[c]);
+    }
+  }
+  WorkingLuts(const WorkingLuts &) = delete;
+  WorkingLuts &operator=(const WorkingLuts &) = delete;
+
+  bool create() {
+    for (int c = 0; c < 3; c++) {
+      if (vexo_lut_init(&curve[c], kLevels) != 0 || vexo_lut_init_with_gamma(&balance[c], kLevels, 1.0F) != 0) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  void merge_into(vexo_lut *lut) {
+    for (int c = 0; c < 3; c++) {
+      vexo_lut_merge(&curve[c], &balance[c], &lut[c]);
+    }
+  }
+
+  vexo_lut curve[3] = {};
+  vexo_lut balance[3] = {};
+};
+
+} // namespace
+
+static_assert(sizeof(vexo_lcnr) == 4 * (9 * 64 + 64 + 1), "part of the binary interface");
+static_assert(sizeof(vexo) == sizeof(vexo_lcnr) + 4 * (9 * 1024 + 3), "part of the binary interface");
+
+int vexo_lcnr_normalize(vexo_lcnr *lcnr) {
+  int count = 0;
+  for (auto &channel : lcnr->data) {
+    for (auto &component : channel) {
+      for (int i = rows_of(lcnr) - 1; i > 0; i--) {
+        if (component[i - 1] > component[i]) {
+          component[i - 1] = component[i];
+          count++;
+        }
+      }
+    }
+  }
+  return count;
+}
+
+void vexo_data_dump(FILE *f, float data[3][3][1024], char *prefix) {
+  const vexo_internal::NumberLocale locale;
+  if (prefix != nullptr) {
+    fprintf(f, "%s VEXO(%p) DATA:\n", prefix, static_cast<void *>(data));
+  } else {
+    fprintf(f, "VEXO(%p) DATA:\n", static_cast<void *>(data));
+  }
+  for (int k = 0; k < kLevels; k++) {
+    fprintf(f, "\t%d\t", k);
+    for (int c = 0; c < 3; c++) {
+      for (int m = 0; m < 3; m++) {
+        fprintf(f, "\t%0.8lf", static_cast<double>(data[c][m][k]));
+      }
+    }
+    fputc('\n', f);
+  }
+}
+
+float vexo_data_Y_xyY(vexo_vector *v, float data[3][1024], float luma) {
+  const Column *T = data;
+  if (T[2][kTop] <= luma) {
+    *v = entry(T, kTop);
+    return kTopF;
+  }
+  if (luma <= T[2][0]) {
+    *v = entry(T, 0);
+    return 0.0F;
+  }
+  int j = 0;
+  while (j < kTop && !(luma <= T[2][j + 1])) {
+    j++;
+  }
+  if (j == kTop) {
+    return -1.0F;
+  }
+  const float idx = (luma - T[2][j]) / (T[2][j + 1] - T[2][j]) + static_cast<float>(j);
+  if (T[1][j] == 0.0F || T[1][j + 1] == 0.0F) {
+    *v = entry(T, j);
+    return idx;
+  }
+  float X[2];
+  float Z[2];
+  for (int side = 0; side < 2; side++) {
+    const vexo_vector xyY = entry(T, j + side);
+    const float S = xyY.d[2] / xyY.d[1];
+    X[side] = S * xyY.d[0];
+    Z[side] = S * (1.0F - xyY.d[0] - xyY.d[1]);
+  }
+  const float f = idx - static_cast<float>(j);
+  *v = vexo_vector{{blend(X[0], X[1], f), luma, blend(Z[0], Z[1], f)}};
+  vexo_XYZ_xyY(v);
+  return idx;
+}
+
+int vexo_get_xyY(vexo_vector *v, vexo *panel, float r, float g, float b) {
+  vexo_vector vr = channel_xyY(panel, 0, r);
+  vexo_vector vg = channel_xyY(panel, 1, g);
+  vexo_vector vb = channel_xyY(panel, 2, b);
+  vexo_xyY_mix_3(&vr, &vg, &vb, v);
+  return 0;
+}
+
+int vexo_lut_get_xyY(vexo_vector *v, vexo *panel, vexo_lut *lut, float r, float g, float b) {
+  return vexo_get_xyY(v, panel, vexo_lut_evaluate(&lut[0], r) * kTopF, vexo_lut_evaluate(&lut[1], g) * kTopF,
+                      vexo_lut_evaluate(&lut[2], b) * kTopF);
+}
+
+int vexo_peak_white_adjust(vexo_vector *v, vexo *panel, vexo_vector *ref) {
+  float best = kFarthest;
+  vexo_vector mixed = {};
+  int n[3];
+  int m[3] = {kTop, kTop, kTop};
+  bool lower_face = true;
+  while (lower_face) { // each further pass starts lower, so the search ends
+    lower_face = false;
+    for (int c = 0; c < 3; c++) {
+      n[c] = m[c];
+    }
+    search_white(panel, ref, n, m, &best, &mixed);
+    for (int c = 0; c < 3; c++) {
+      lower_face = lower_face || m[c] == n[c] - kWhiteRange;
+    }
+  }
+  for (int c = 0; c < 3; c++) {
+    v->d[c] = static_cast<float>(static_cast<double>(m[c]) / 1023.0);
+  }
+  return 0;
+}
+
+int vexo_lut_adjust_wb(vexo_lut *lut, vexo *panel, vexo_vector *ref) {
+  vexo_vector gain;
+  if (vexo_peak_white_adjust(&gain, panel, ref) != 0) {
+    return -1;
+  }
+  for (int c = 0; c < 3; c++) {
+    for (int i = 0; i < lut[0].size; i++) {
+      lut[c].d[i] *= gain.d[c];
+    }
+  }
+  return 0;
+}
+
+int vexo_lut_adjust_wb_2(vexo_lut *lut, vexo *panel, vexo_vector *ref) {
+  vexo_vector gain;
+  if (vexo_peak_white_adjust(&gain, panel, ref) != 0) {
+    return -1;
+  }
+  vexo_vector white = {};
+  vexo_get_xyY(&white, panel, kTopF, kTopF, kTopF);
+  vexo_xyY_XYZ(&white);
+  const Ratios full = ratios(white);
+  for (int i = 0; i < lut[0].size; i++) {
+    vexo_vector gray = {};
+    const float level = static_cast<float>(i);
+    vexo_get_xyY(&gray, panel, level, level, level);
+    if (vexo_xyY_XYZ(&gray) == 0 && gray.d[1] != 0.0F) {
+      const Ratios here = ratios(gray);
+      lut[0].d[i] *= full.rg / here.rg * gain.d[0];
+      lut[1].d[i] *= gain.d[1];
+      lut[2].d[i] *= full.bg / here.bg * gain.d[2];
+    } else {
+      lut[0].d[i] = lut[1].d[i] = lut[2].d[i] = 0.0F;
+    }
+  }
+  return 0;
+}
+
+int vexo_adjust_wb(const float *R, const float *G, const float *B, const float *W, const float *D, float level,
+                   vexo_vector *rgb) {
+  vexo_cs primaries;
+  vexo_matrix to_rgb;
+  if (vexo_cs_init_XYZ(&primaries, R, G, B, W, D) != 0 || vexo_matrix_invert(&to_rgb, &primaries.npm) != 0) {
+    return -1;
+  }
+  vexo_matrix_transform(&to_rgb, rgb);
+  vexo_vector_scale(rgb, level / W[1]);
+  return 0;
+}
+
+int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_gamma *camera, vexo_gamma *system) {
+  vexo_lut response;
+  if (vexo_lut_init(&response, kLevels) != 0) {
+    return -1;
+  }
+  for (int c = 0; c < 3; c++) {
+    vexo_lut_set_data(&response, data[c][2]);
+    vexo_gamma_lut_invert(&lut[c], camera, system, &response);
+  }
+  vexo_lut_destroy(&response);
+  return 0;
+}
+
+int vexo_generate_lut(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wt) {
+  WorkingLuts work;
+  if (!work.create() || vexo_data_generate(panel) != 0 ||
+      vexo_generate_lcnr_invert_lut(work.curve, panel->data, camera, system) != 0 ||
+      vexo_lut_adjust_wb(work.balance, panel, wt) != 0) {
+    return -1;
+  }
+  work.merge_into(lut);
+  return vexo_gray_tracking(lut, panel, wt);
+}
+
+int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wb) {
+  WorkingLuts work;
+  if (!work.create()) {
+    return -1;
+  }
+  if (vexo_lcnr_normalize(&panel->lcnr) != 0) {
+    fputs("Warning: lcnr data not normalized\n", stderr);
+  }
+  if (vexo_data_generate(panel) != 0 || vexo_lut_adjust_wb_2(work.balance, panel, wb) != 0 ||
+      vexo_data_regenerate(panel, work.balance) != 0 ||
+      vexo_generate_lcnr_invert_lut(work.curve, panel->data, camera, system) != 0 || !level_sized(lut) ||
+      vexo_gray_tracking(work.curve, panel, wb) != 0) {
+    return -1;
+  }
+  work.merge_into(lut);
+  return 0;
+}
