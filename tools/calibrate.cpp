@@ -1,0 +1,236 @@
+#include "calibrate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "failure.h"
+#include "gray-ramp.h"
+#include "output-file.h"
+#include "panel-file.h"
+#include "text.h"
+#include "vexo-cs.h"
+
+namespace {
+
+const int kLevels = 1024;             // entries that the recipes fill
+const float kWhiteTolerance = 0.004F; // distance in u'v' at which two whites are just told apart side by side
+const float kDark = 0.1F;             // the figures leave out inputs below this one, where a probe reads noise
+
+using Recipe = int (*)(vexo_lut *, vexo *, vexo_gamma *, vexo_gamma *, vexo_vector *);
+
+struct NamedRecipe {
+  const char *name;
+  Recipe run;
+  const char *meaning;
+};
+
+const NamedRecipe kRecipes[] = {
+    {"aligned", vexo_data_alignment, "balances every gray level, then follows the curve"},
+    {"direct", vexo_generate_lut, "follows the curve, then scales full white"},
+};
+
+// Three LUTs of one size, freed with the record.
+class LutSet {
+public:
+  explicit LutSet(int size) {
+    for (vexo_lut &lut : luts_) {
+      if (vexo_lut_init_zero(&lut, size) != 0) {
+        throw Failure(kInputError, "out of memory");
+      }
+    }
+  }
+  ~LutSet() {
+    for (vexo_lut &lut : luts_) {
+      vexo_lut_destroy(&lut);
+    }
+  }
+  LutSet(const LutSet &) = delete;
+  LutSet &operator=(const LutSet &) = delete;
+
+  vexo_lut *get() { return luts_; }
+  vexo_lut *begin() { return luts_; }
+  vexo_lut *end() { return luts_ + 3; }
+
+private:
+  vexo_lut luts_[3] = {};
+};
+
+struct Job {
+  Target target;
+  const NamedRecipe *recipe;
+  int bits;
+  int entries;
+};
+
+const NamedRecipe *parse_recipe(const std::string &text) {
+  for (const NamedRecipe &recipe : kRecipes) {
+    if (text == recipe.name) {
+      return &recipe;
+    }
+  }
+  throw Failure(kUsageError, "--recipe '" + text + "': expected aligned or direct");
+}
+
+Job parse(const CalibrateOptions &options) {
+  if (!options.gamma.empty() && !(options.camera.empty() && options.system.empty())) {
+    throw Failure(kUsageError, "--gamma stands for both curves, expected it without --camera and --system");
+  }
+  Job job;
+  job.target.white = parse_white("--white", options.white);
+  if (options.camera.empty() && options.system.empty()) {
+    const std::string gamma = options.gamma.empty() ? "2.2" : options.gamma;
+    job.target.camera = parse_curve("--camera", "linear");
+    job.target.system = power_curve(parse_positive("--gamma", gamma), "power law " + gamma);
+  } else {
+    job.target.camera = parse_curve("--camera", options.camera.empty() ? "linear" : options.camera);
+    job.target.system = parse_curve("--system", options.system.empty() ? "linear" : options.system);
+  }
+  job.recipe = parse_recipe(options.recipe);
+  job.bits = parse_integer("--bits", options.bits, 1, 30);
+  job.entries = parse_integer("--entries", options.entries, 2, 65536);
+  return job;
+}
+
+int run(Recipe recipe, LutSet &luts, vexo *context, Target target) {
+  return recipe(luts.get(), context, &target.camera.gamma, &target.system.gamma, &target.white.xyz);
+}
+
+// The context of the bare panel for the measurements as the recipe left them: the direct recipe's tables are just that.
+std::unique_ptr<vexo> bare_panel(const vexo &calibrated, const Target &target) {
+  auto bare = std::make_unique<vexo>();
+  bare->lcnr = calibrated.lcnr;
+  LutSet scratch(kLevels);
+  run(vexo_generate_lut, scratch, bare.get(), target);
+  return bare;
+}
+
+// Limits drives to what the panel has and rounds them to the codes that the file will hold.
+int round_to_codes(LutSet &luts, int bits) {
+  const float max_code = static_cast<float>((1 << bits) - 1);
+  int limited = 0;
+  for (vexo_lut &lut : luts) {
+    for (int i = 0; i < lut.size; i++) {
+      if (!std::isfinite(lut.d[i])) {
+        throw Failure(kInputError, format("no drive can be computed for input %d of %d", i, lut.size - 1));
+      }
+      limited += lut.d[i] < 0.0F || lut.d[i] > 1.0F ? 1 : 0;
+      lut.d[i] = std::round(std::clamp(lut.d[i], 0.0F, 1.0F) * max_code) / max_code;
+    }
+  }
+  return limited;
+}
+
+void write(const CalibrateOptions &options, const Job &job, LutSet &luts) {
+  OutputFile file(options.output);
+  vexo_luts_store_int(file.stream(), luts.get(), job.bits);
+  file.commit();
+}
+
+void check_white(const CalibrateOptions &options, const Job &job, const GrayStep &white) {
+  if (white.white_error <= kWhiteTolerance) {
+    return;
+  }
+  const auto &target = job.target.white.xyz.d;
+  throw Failure(
+      kLimitMissed,
+      format("%s: the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
+             "where %.4f is allowed; no LUTs were written",
+             options.panel.c_str(), job.target.white.name.c_str(), static_cast<double>(target[0]),
+             static_cast<double>(target[1]), static_cast<double>(white.xyY.d[0]), static_cast<double>(white.xyY.d[1]),
+             static_cast<double>(white.white_error), static_cast<double>(kWhiteTolerance)));
+}
+
+std::string describe_white(const vexo_vector &xyY) {
+  return format("x %.4f, y %.4f, luminance %.4g", static_cast<double>(xyY.d[0]), static_cast<double>(xyY.d[1]),
+                static_cast<double>(xyY.d[2]));
+}
+
+void print_figures(std::FILE *f, const char *title, const Spread &before, const Spread &after, double unit,
+                   const char *unit_name) {
+  std::fprintf(f, "  %-26s %9.4f %9.4f    %9.4f %9.4f   %s\n", title, before.mean * unit, before.worst * unit,
+               after.mean * unit, after.worst * unit, unit_name);
+}
+
+struct Ramps {
+  std::vector<GrayStep> before;
+  std::vector<GrayStep> after;
+};
+
+void print_ramps(std::FILE *f, const Job &job, const Ramps &ramps) {
+  std::fputs("\nGray ramp, a prediction of the additive panel model from these measurements, not a reading:\n"
+             "             target            before                     after\n"
+             "  input    luminance   luminance  white error   luminance  white error\n",
+             f);
+  const size_t steps = ramps.before.size() - 1;
+  for (size_t tenth = 1; tenth <= 10; tenth++) {
+    const GrayStep &before = ramps.before[tenth * steps / 10];
+    const GrayStep &after = ramps.after[tenth * steps / 10];
+    const float target = target_light(job.target, after.input) * ramps.after.back().xyY.d[2];
+    std::fprintf(f, "  %4.0f %%   %9.4g   %9.4g   %9.4f     %9.4g   %9.4f\n", static_cast<double>(after.input) * 100.0,
+                 static_cast<double>(target), static_cast<double>(before.xyY.d[2]),
+                 static_cast<double>(before.white_error), static_cast<double>(after.xyY.d[2]),
+                 static_cast<double>(after.white_error));
+  }
+  std::fprintf(f,
+               "\nFrom %.0f %% input up:           before              after\n"
+               "                                mean     worst         mean     worst\n",
+               static_cast<double>(kDark) * 100.0);
+  print_figures(f, "distance to target white", spread(ramps.before, &GrayStep::white_error, kDark),
+                spread(ramps.after, &GrayStep::white_error, kDark), 1.0, "u'v'");
+  print_figures(f, "distance to target curve", spread(ramps.before, &GrayStep::curve_error, kDark),
+                spread(ramps.after, &GrayStep::curve_error, kDark), 100.0, "% of the target's light");
+}
+
+} // namespace
+
+void calibrate(const CalibrateOptions &options) {
+  const Job job = parse(options);
+  const Panel panel = read_panel(options.panel);
+
+  auto context = std::make_unique<vexo>();
+  context->lcnr = panel.lcnr;
+  LutSet luts(kLevels);
+  if (run(job.recipe->run, luts, context.get(), job.target) != 0) {
+    throw Failure(kInputError, unusable_row(Panel{panel.path, context->lcnr, panel.lines}));
+  }
+  LutSet written(job.entries);
+  for (int c = 0; c < 3; c++) {
+    vexo_convert_lut(written.get() + c, luts.get() + c);
+  }
+  const int limited = round_to_codes(written, job.bits);
+
+  const auto bare = bare_panel(*context, job.target);
+  vexo_vector gains;
+  vexo_vector white = job.target.white.xyz;
+  vexo_peak_white_adjust(&gains, bare.get(), &white);
+  const Ramps ramps = {gray_ramp(bare.get(), nullptr, job.target, 1001),
+                       gray_ramp(bare.get(), written.get(), job.target, 1001)};
+  check_white(options, job, ramps.after.back());
+  if (!options.output.empty()) {
+    write(options, job, written);
+  }
+
+  std::FILE *f = options.output == "-" ? stderr : stdout;
+  const int top = panel.lcnr.num - 1;
+  std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", options.panel.c_str(), panel.lcnr.num,
+               static_cast<double>(panel.lcnr.sample[top]));
+  std::fprintf(f, "Panel white   %s\n", describe_white(ramps.before.back().xyY).c_str());
+  std::fprintf(f, "Target white  x %.4f, y %.4f (%s)\n", static_cast<double>(white.d[0]),
+               static_cast<double>(white.d[1]), job.target.white.name.c_str());
+  std::fprintf(f, "White after   %s\n", describe_white(ramps.after.back().xyY).c_str());
+  std::fprintf(f, "Camera curve  %s\n", describe(job.target.camera).c_str());
+  std::fprintf(f, "System curve  %s\n", describe(job.target.system).c_str());
+  std::fprintf(f, "Recipe        %s: %s\n", job.recipe->name, job.recipe->meaning);
+  std::fprintf(f, "Gains         red %.4f, green %.4f, blue %.4f\n", static_cast<double>(gains.d[0]),
+               static_cast<double>(gains.d[1]), static_cast<double>(gains.d[2]));
+  std::fprintf(f, "LUTs          %s, 3 x %d entries of %d bits\n",
+               options.output.empty()  ? "not written (give -o FILE)"
+               : options.output == "-" ? "standard output"
+                                       : options.output.c_str(),
+               job.entries, job.bits);
+  if (limited > 0) {
+    std::fprintf(f, "              %d entries asked for more than full drive and are limited to it\n", limited);
+  }
+  print_ramps(f, job, ramps);
+}

@@ -1,0 +1,200 @@
+#include "grammar.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <numeric>
+#include <optional>
+
+#include "failure.h"
+#include "text.h"
+
+namespace {
+
+struct NamedWhite {
+  const char *name;
+  float xy[2];
+};
+
+// CIE 15 daylight illuminants and E; D93 as broadcast monitors use it; DCI of SMPTE RP 431-2.
+const NamedWhite kWhites[] = {
+    {"D50", {0.3457F, 0.3585F}},       {"D55", {0.3324F, 0.3474F}}, {"D65", {0.3127F, 0.3290F}},
+    {"D75", {0.2990F, 0.3149F}},       {"D93", {0.2831F, 0.2971F}}, {"DCI", {0.3140F, 0.3510F}},
+    {"E", {1.0F / 3.0F, 1.0F / 3.0F}},
+};
+
+struct NamedCurve {
+  const char *name;
+  vexo_gamma gamma; // slope, transition, gamma, offset
+};
+
+// Encoding curves: linear light to signal.
+const NamedCurve kCurves[] = {
+    {"linear", {0.0F, 0.0F, 1.0F, 0.0F}},
+    {"bt709", {4.5F, 0.018F, 0.45F, 0.099F}},            // BT.709, BT.601, BT.2020 at 10 bits
+    {"bt2020", {4.5F, 0.0181F, 0.45F, 0.0993F}},         // BT.2020 at 12 bits
+    {"bt1886", {0.0F, 0.0F, 1.0F / 2.4F, 0.0F}},         // inverse of BT.1886 over a black of 0
+    {"srgb", {12.92F, 0.0031308F, 1.0F / 2.4F, 0.055F}}, // IEC 61966-2-1
+    {"smpte240m", {4.0F, 0.0228F, 0.45F, 0.1115F}},      // SMPTE 240M
+    {"adobe", {0.0F, 0.0F, 256.0F / 563.0F, 0.0F}},      // Adobe RGB (1998)
+    {"dci", {0.0F, 0.0F, 1.0F / 2.6F, 0.0F}},            // SMPTE ST 428-1
+};
+
+std::string lower(std::string text) {
+  for (char &c : text) {
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return text;
+}
+
+// The row of a table whose name is text, whatever its case.
+template <typename Row, size_t N> const Row *find_name(const Row (&table)[N], const std::string &text) {
+  const auto row = std::find_if(table, table + N, [&](const Row &r) { return lower(r.name) == lower(text); });
+  return row == table + N ? nullptr : row;
+}
+
+template <typename Row, size_t N> std::vector<std::string> names_of(const Row (&table)[N]) {
+  std::vector<std::string> names;
+  for (const Row &row : table) {
+    names.emplace_back(row.name);
+  }
+  return names;
+}
+
+std::string join(const std::vector<std::string> &words) {
+  return std::accumulate(words.begin(), words.end(), std::string(),
+                         [](const std::string &a, const std::string &b) { return a.empty() ? b : a + " " + b; });
+}
+
+// Exactly one finite number, nothing around it.
+std::optional<float> number(const std::string &text) {
+  float value = 0.0F;
+  const char *first = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
+  const char *last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(first, last, value);
+  if (error != std::errc() || end != last || !std::isfinite(value)) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+// Numbers separated by commas; empty when any is not one.
+std::vector<float> numbers(const std::string &text) {
+  std::vector<float> values;
+  for (size_t begin = 0; begin <= text.size();) {
+    const size_t end = std::min(text.find(',', begin), text.size());
+    const auto value = number(text.substr(begin, end - begin));
+    if (!value) {
+      return {};
+    }
+    values.push_back(*value);
+    begin = end + 1;
+  }
+  return values;
+}
+
+[[noreturn]] void reject(const std::string &option, const std::string &text, const std::string &expected,
+                         const std::string &hint = "") {
+  throw Failure(kUsageError, option + " '" + text + "': expected " + expected +
+                                 (hint.empty() ? "" : "; did you mean " + hint + "?"));
+}
+
+size_t edit_distance(const std::string &a, const std::string &b) {
+  std::vector<size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), size_t{0});
+  for (size_t i = 1; i <= a.size(); i++) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); j++) {
+      const size_t above = row[j];
+      row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+} // namespace
+
+int parse_integer(const std::string &option, const std::string &text, int min, int max) {
+  int value = 0;
+  const char *last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  if (error != std::errc() || end != last || value < min || value > max) {
+    reject(option, text, "a whole number from " + std::to_string(min) + " to " + std::to_string(max));
+  }
+  return value;
+}
+
+float parse_positive(const std::string &option, const std::string &text) {
+  const auto value = number(text);
+  if (!value || !(*value > 0.0F)) {
+    reject(option, text, "a number above 0, with a decimal point");
+  }
+  return *value;
+}
+
+White parse_white(const std::string &option, const std::string &text) {
+  White white = {text, {}};
+  if (const NamedWhite *named = find_name(kWhites, text)) {
+    white.name = named->name;
+    vexo_vector_set_xy(&white.xyz, named->xy);
+    return white;
+  }
+  const std::vector<float> xy = numbers(text);
+  if (xy.size() != 2 || !(xy[0] > 0.0F) || !(xy[1] > 0.0F) || !(xy[0] + xy[1] < 1.0F)) {
+    reject(option, text, "one of " + white_names() + ", or a chromaticity x,y such as 0.3127,0.3290",
+           nearest(text, names_of(kWhites)));
+  }
+  vexo_vector_set_xy(&white.xyz, xy.data());
+  return white;
+}
+
+Curve power_curve(float exponent, const std::string &name) {
+  Curve curve = {name, {}};
+  vexo_gamma_init(&curve.gamma, exponent);
+  return curve;
+}
+
+Curve parse_curve(const std::string &option, const std::string &text) {
+  if (const NamedCurve *named = find_name(kCurves, text)) {
+    return Curve{named->name, named->gamma};
+  }
+  const std::vector<float> values = numbers(text);
+  if (values.size() == 1 && values[0] > 0.0F) {
+    return power_curve(values[0], "power law " + text);
+  }
+  if (values.size() == 4 && values[0] >= 0.0F && values[1] >= 0.0F && values[1] < 1.0F && values[2] > 0.0F &&
+      values[3] >= 0.0F && (values[0] > 0.0F || values[1] == 0.0F)) {
+    return Curve{"custom", {values[0], values[1], values[2], values[3]}};
+  }
+  reject(option, text,
+         "one of " + curve_names() + ", an exponent above 0, or slope,transition,gamma,offset " +
+             "(slope above 0 where there is a toe, transition below 1, gamma above 0, offset not below 0)",
+         nearest(text, names_of(kCurves)));
+}
+
+std::string describe(const Curve &curve) {
+  const vexo_gamma &g = curve.gamma;
+  return format("%s (slope %.9g, transition %.9g, gamma %.9g, offset %.9g)", curve.name.c_str(),
+                static_cast<double>(g.slope), static_cast<double>(g.transition), static_cast<double>(g.gamma),
+                static_cast<double>(g.offset));
+}
+
+std::string white_names() { return join(names_of(kWhites)); }
+
+std::string curve_names() { return join(names_of(kCurves)); }
+
+std::string nearest(const std::string &text, const std::vector<std::string> &candidates) {
+  std::string best;
+  size_t best_distance = std::max<size_t>(1, text.size() / 3) + 1;
+  for (const std::string &candidate : candidates) {
+    const size_t distance = edit_distance(lower(text), lower(candidate));
+    if (distance < best_distance) {
+      best = candidate;
+      best_distance = distance;
+    }
+  }
+  return best;
+}

@@ -1,0 +1,45 @@
+// What the command line says: numbers, whites and curves. The same in every locale.
+#ifndef VEXO_TOOLS_GRAMMAR_H
+#define VEXO_TOOLS_GRAMMAR_H
+
+#include <string>
+#include <vector>
+
+#include "vexo-gamma.h"
+#include "vexo-matrix.h"
+
+// Each parse function throws a Failure (usage) that names the option, the text and what was expected.
+
+int parse_integer(const std::string &option, const std::string &text, int min, int max);
+
+float parse_positive(const std::string &option, const std::string &text);
+
+struct White {
+  std::string name; // as the user gave it
+  vexo_vector xyz;  // x, y, z = 1 - x - y
+};
+
+// D50 D55 D65 D75 D93 DCI E, or "x,y".
+White parse_white(const std::string &option, const std::string &text);
+
+struct Curve {
+  std::string name; // as the user gave it
+  vexo_gamma gamma;
+};
+
+// A curve's name, an exponent, or "slope,transition,gamma,offset".
+Curve parse_curve(const std::string &option, const std::string &text);
+
+// The power law y = x^exponent.
+Curve power_curve(float exponent, const std::string &name);
+
+// "NAME (slope S, transition T, gamma G, offset O)", the numbers as they are used.
+std::string describe(const Curve &curve);
+
+std::string white_names();
+std::string curve_names();
+
+// The candidate that text most likely meant, or an empty string when none is near.
+std::string nearest(const std::string &text, const std::vector<std::string> &candidates);
+
+#endif

@@ -1,0 +1,39 @@
+// The gray ramp of a panel as the library's additive model predicts it.
+#ifndef VEXO_TOOLS_GRAY_RAMP_H
+#define VEXO_TOOLS_GRAY_RAMP_H
+
+#include <vector>
+
+#include "grammar.h"
+#include "vexo.h"
+
+// What the gray ramp should follow.
+struct Target {
+  White white;
+  Curve camera;
+  Curve system;
+};
+
+// The relative light that an input should give: the system curve after the inverse camera curve.
+float target_light(const Target &target, float input);
+
+struct GrayStep {
+  float input;       // 0..1
+  vexo_vector xyY;   // predicted, luminance absolute and above black
+  float white_error; // distance to the target white in u'v'
+  float curve_error; // relative light against the target curve, as a fraction of the target
+};
+
+// The ramp at count inputs from 0 to 1, through the LUTs or, when luts is null, of the bare panel. The context's tables
+// describe the bare panel.
+std::vector<GrayStep> gray_ramp(vexo *bare, vexo_lut *luts, const Target &target, int count);
+
+struct Spread {
+  double mean;
+  double worst;
+};
+
+// Mean and worst of one error over the steps from an input up.
+Spread spread(const std::vector<GrayStep> &ramp, float GrayStep::*error, float from);
+
+#endif

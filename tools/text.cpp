@@ -1,0 +1,16 @@
+#include "text.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+std::string format(const char *pattern, ...) {
+  va_list args;
+  va_start(args, pattern);
+  va_list again;
+  va_copy(again, args);
+  std::string text(static_cast<size_t>(std::vsnprintf(nullptr, 0, pattern, args)), '\0');
+  va_end(args);
+  std::vsnprintf(text.data(), text.size() + 1, pattern, again);
+  va_end(again);
+  return text;
+}
