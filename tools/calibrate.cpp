@@ -1,9 +1,10 @@
-#include "calibrate.h"
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
 
+#include "commands.h"
 #include "failure.h"
 #include "gray-ramp.h"
 #include "output-file.h"
@@ -12,6 +13,19 @@
 #include "vexo-cs.h"
 
 namespace {
+
+// Options as they stand on the command line; empty where not given.
+struct CalibrateOptions {
+  std::string panel;
+  std::string output;
+  std::string white = "D65";
+  std::string gamma;
+  std::string camera;
+  std::string system;
+  std::string recipe = "aligned";
+  std::string bits = "10";
+  std::string entries = "1024";
+};
 
 const int kLevels = 1024;             // entries that the recipes fill
 const float kWhiteTolerance = 0.004F; // distance in u'v' at which two whites are just told apart side by side
@@ -182,8 +196,6 @@ void print_ramps(std::FILE *f, const Job &job, const Ramps &ramps) {
                 spread(ramps.after, &GrayStep::curve_error, kDark), 100.0, "% of the target's light");
 }
 
-} // namespace
-
 void calibrate(const CalibrateOptions &options) {
   const Job job = parse(options);
   const Panel panel = read_panel(options.panel);
@@ -233,4 +245,32 @@ void calibrate(const CalibrateOptions &options) {
     std::fprintf(f, "              %d entries asked for more than full drive and are limited to it\n", limited);
   }
   print_ramps(f, job, ramps);
+}
+
+} // namespace
+
+void add_calibrate(CLI::App &app) {
+  const auto shared = std::make_shared<CalibrateOptions>();
+  CalibrateOptions &options = *shared;
+  CLI::App *command = app.add_subcommand("calibrate", "Turn a panel's measurements into three correction LUTs");
+  command->add_option("PANEL.xml", options.panel, "LCNR file: ramps of red, green and blue, each driven alone")
+      ->required();
+  command->add_option("-o,--output", options.output,
+                      "LUT file to write, three columns of codes; - for standard output");
+  command->add_option("--white", options.white, "Target white: " + white_names() + ", or x,y (default D65)");
+  command->add_option("--gamma", options.gamma,
+                      "Target curve: a power law of the signal (default 2.2); stands for both curves below");
+  command->add_option("--camera", options.camera,
+                      "Curve that encoded the signal: " + curve_names() +
+                          ", an exponent, or slope,transition,gamma,offset (default linear)");
+  command->add_option("--system", options.system,
+                      "Curve from scene light to display light, as --camera (default linear)");
+  command->add_option("--recipe", options.recipe, "aligned (default) or direct");
+  command->add_option("--bits", options.bits, "Depth of the codes, 1 to 30 (default 10)");
+  command->add_option("--entries", options.entries, "Entries of each LUT, 2 to 65536 (default 1024)");
+  command->footer(
+      "Example: vexo calibrate panel.xml -o luts.txt --white D65 --gamma 2.4\n\n"
+      "Exit status: 0 done, 1 the panel cannot show the target white, 2 usage, 3 input unreadable or invalid,\n"
+      "4 output failed.");
+  command->callback([shared] { calibrate(*shared); });
 }

@@ -6,35 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "calibrate.h"
+#include "commands.h"
 #include "failure.h"
 #include "grammar.h"
 
 namespace {
-
-void add_calibrate(CLI::App &app, CalibrateOptions &options) {
-  CLI::App *command = app.add_subcommand("calibrate", "Turn a panel's measurements into three correction LUTs");
-  command->add_option("PANEL.xml", options.panel, "LCNR file: ramps of red, green and blue, each driven alone")
-      ->required();
-  command->add_option("-o,--output", options.output,
-                      "LUT file to write, three columns of codes; - for standard output");
-  command->add_option("--white", options.white, "Target white: " + white_names() + ", or x,y (default D65)");
-  command->add_option("--gamma", options.gamma,
-                      "Target curve: a power law of the signal (default 2.2); stands for both curves below");
-  command->add_option("--camera", options.camera,
-                      "Curve that encoded the signal: " + curve_names() +
-                          ", an exponent, or slope,transition,gamma,offset (default linear)");
-  command->add_option("--system", options.system,
-                      "Curve from scene light to display light, as --camera (default linear)");
-  command->add_option("--recipe", options.recipe, "aligned (default) or direct");
-  command->add_option("--bits", options.bits, "Depth of the codes, 1 to 30 (default 10)");
-  command->add_option("--entries", options.entries, "Entries of each LUT, 2 to 65536 (default 1024)");
-  command->footer(
-      "Example: vexo calibrate panel.xml -o luts.txt --white D65 --gamma 2.4\n\n"
-      "Exit status: 0 done, 1 the panel cannot show the target white, 2 usage, 3 input unreadable or invalid,\n"
-      "4 output failed.");
-  command->callback([&options] { calibrate(options); });
-}
 
 // "; did you mean WORD?" for the first word of the command line that is no command or option but close to one.
 std::string hint(const CLI::App &app, const std::vector<std::string> &words) {
@@ -76,8 +52,7 @@ int run(int argc, char **argv) {
   CLI::App app("Colour science and display calibration", "vexo");
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
-  CalibrateOptions calibrate_options;
-  add_calibrate(app, calibrate_options);
+  add_calibrate(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success &help) {
