@@ -1,7 +1,6 @@
 #include "panel-file.h"
 
 #include <expat.h>
-#include <sys/stat.h>
 
 #include <array>
 #include <cerrno>
@@ -10,6 +9,7 @@
 #include <memory>
 
 #include "failure.h"
+#include "input-file.h"
 #include "text.h"
 #include "vexo-cs.h"
 
@@ -55,28 +55,8 @@ void on_text(void *data, const char *text, int length) {
   throw Failure(kInputError, path + ": " + what);
 }
 
-struct CloseFile {
-  void operator()(std::FILE *f) const { std::fclose(f); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-File open_regular(const std::string &path) {
-  struct stat info = {};
-  if (stat(path.c_str(), &info) != 0) {
-    refuse(path, std::string("cannot read: ") + std::strerror(errno));
-  }
-  if (!S_ISREG(info.st_mode)) {
-    refuse(path, S_ISDIR(info.st_mode) ? "is a directory, expected an LCNR file" : "is not a regular file");
-  }
-  File f(std::fopen(path.c_str(), "r"));
-  if (f == nullptr) {
-    refuse(path, std::string("cannot read: ") + std::strerror(errno));
-  }
-  return f;
-}
-
 Scan read_elements(const std::string &path) {
-  const File f = open_regular(path);
+  const File f = open_input(path, "an LCNR file");
   const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
   if (parser == nullptr) {
     refuse(path, "cannot read: out of memory");
