@@ -34,7 +34,7 @@ protected:
   void SetUp() override {
     char pattern[] = "/tmp/vexo tool.XXXXXX"; // with a space, as folders may have
     folder_ = mkdtemp(pattern);
-    save(path("panel.xml"), contents(VEXO_SAMPLE_PANEL));
+    save(path("panel.xml"), contents(VEXO_EXAMPLES "/sample-panel.xml"));
   }
   void TearDown() override { std::filesystem::remove_all(folder_); }
 
