@@ -78,9 +78,9 @@ private:
 template <typename Check> void in_both_locales(Check check) {
   check();
   static const TemporaryFolder folder;
-  const std::string locale = "de_DE.UTF-8";
+  const std::string locale = "de_DE"; // in a character set that localedef compiles quickly
   if (!std::filesystem::exists(folder.path(locale))) {
-    const std::string command = "localedef -i de_DE -f UTF-8 '" + folder.path(locale) + "' >/dev/null 2>&1";
+    const std::string command = "localedef -i de_DE -f ISO-8859-1 '" + folder.path(locale) + "' >/dev/null 2>&1";
     (void)!std::system(command.c_str());
   }
   setenv("LOCPATH", folder.path("").c_str(), 1);
