@@ -23,8 +23,8 @@ inline float blend(float a, float b, float t) {
 
 // The table at position p, between entry 0 and entry last. Positions outside read the nearest end; a NaN reads entry 0.
 inline float table_at(const float *table, int last, float p) {
-  if (!(p > 0.0F)) {
-    p = 0.0F;
+  if (!(p >= 0.0F)) {
+    return table[0];
   }
   if (static_cast<double>(p) >= static_cast<double>(last)) {
     return table[last];
