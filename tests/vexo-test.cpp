@@ -48,6 +48,12 @@ struct Luts {
   vexo_lut lut[3];
 };
 
+void make_ramps(Luts *luts) {
+  for (vexo_lut &lut : luts->lut) {
+    vexo_lut_by_linear_gamma(&lut);
+  }
+}
+
 // A recipe run on records of its own.
 using Recipe = decltype(&vexo_generate_lut);
 struct Trial {
@@ -80,6 +86,12 @@ vexo_vector channel_xyY(vexo *context, int c, float level) {
   vexo_vector v = entry(context->data[c], level);
   v.d[2] *= context->maxY[c];
   return v;
+}
+
+vexo_vector gains_for(vexo *context, vexo_vector target) {
+  vexo_vector gains;
+  EXPECT_EQ(vexo_peak_white_adjust(&gains, context, &target), 0);
+  return gains;
 }
 
 float squared_distance(const vexo_vector &a, const vexo_vector &b) {
@@ -192,9 +204,7 @@ void merge_curve_and_gains(vexo *context, Target target, Luts *merged) {
   Luts curve;
   Luts balance;
   vexo_vector white = target.white();
-  for (int c = 0; c < 3; c++) {
-    vexo_lut_by_linear_gamma(&balance.lut[c]);
-  }
+  make_ramps(&balance);
   vexo_generate_lcnr_invert_lut(curve.lut, context->data, &target.camera, &target.system);
   vexo_lut_adjust_wb(balance.lut, context, &white);
   for (int c = 0; c < 3; c++) {
@@ -247,9 +257,7 @@ TEST(Calibration, DirectRecipeTracksRedAndBlueOnly) {
 
 TEST(Calibration, LutsRiseFromZeroToTheGainsAndRepeat) {
   Trial bare(vexo_generate_lut, sample_panel());
-  vexo_vector white = kD65.white();
-  vexo_vector gains;
-  vexo_peak_white_adjust(&gains, &bare.context, &white);
+  const vexo_vector gains = gains_for(&bare.context, kD65.white());
   for (const Recipe recipe : {vexo_data_alignment, vexo_generate_lut}) {
     Trial trial(recipe, sample_panel());
     for (int c = 0; c < 3; c++) {
@@ -271,9 +279,7 @@ TEST(Calibration, ContextDescribesBarePanelOrPanelThroughBalance) {
   Trial bare(vexo_generate_lut, sample_panel());
   Luts balance;
   vexo_vector white = warm.white();
-  for (vexo_lut &lut : balance.lut) {
-    vexo_lut_by_linear_gamma(&lut);
-  }
+  make_ramps(&balance);
   vexo_lut_adjust_wb_2(balance.lut, &bare.context, &white);
   for (int c = 0; c < 3; c++) {
     float XYZ[3][1024] = {};
@@ -418,40 +424,37 @@ TEST(Calibration, PredictionMixesTheChannelsAtClampedLevels) {
     fill_channel(channel);
     channel[2][0] = 0.001F; // light at level 0 tells that it was read
   }
-  Luts luts(3, 0.0F);
-  for (vexo_lut &lut : luts.lut) {
-    lut.d[1] = 0.25F;
-    lut.d[2] = 1.0F;
-  }
   const struct {
     float drive[3], level[3];
-    bool through_luts;
-  } cases[] = {{{1022.5F, 1023.0F, 0.0F}, {1022.5F, 1023.0F, 0.0F}, false},
-               {{300.25F, 0.75F, 511.5F}, {300.25F, 0.75F, 511.5F}, false},
-               {{-0.5F, 1023.5F, 5000.0F}, {0.0F, 1023.0F, 1023.0F}, false},
-               {{-kInf, kInf, kNaN}, {0.0F, 1023.0F, 0.0F}, false},
-               {{0.5F, 2.0F, 1.0F}, {127.875F, 1023.0F, 255.75F}, true},
-               {{-1.0F, 7.0F, kNaN}, {0.0F, 1023.0F, 0.0F}, true}};
+  } cases[] = {{{1022.5F, 1023.0F, 0.0F}, {1022.5F, 1023.0F, 0.0F}},
+               {{300.25F, 0.75F, 511.5F}, {300.25F, 0.75F, 511.5F}},
+               {{-0.5F, 1023.5F, 5000.0F}, {0.0F, 1023.0F, 1023.0F}},
+               {{-kInf, kInf, kNaN}, {0.0F, 1023.0F, 0.0F}}};
   vexo_vector v;
-  for (const auto &[d, level, through_luts] : cases) {
+  vexo_vector expected;
+  for (const auto &[drive, level] : cases) {
     vexo_vector red = channel_xyY(&context, 0, level[0]);
     vexo_vector green = channel_xyY(&context, 1, level[1]);
     vexo_vector blue = channel_xyY(&context, 2, level[2]);
-    vexo_vector expected;
     vexo_xyY_mix_3(&red, &green, &blue, &expected);
-    EXPECT_EQ(through_luts ? vexo_lut_get_xyY(&v, &context, luts.lut, d[0], d[1], d[2])
-                           : vexo_get_xyY(&v, &context, d[0], d[1], d[2]),
-              0);
-    EXPECT_EQ(bits(v), bits(expected)) << d[0] << ' ' << d[1] << ' ' << d[2];
+    EXPECT_EQ(vexo_get_xyY(&v, &context, drive[0], drive[1], drive[2]), 0);
+    EXPECT_EQ(bits(v), bits(expected)) << drive[0];
   }
-  const vexo black = {};
-  EXPECT_EQ(vexo_get_xyY(&v, &(context = black), 0.0F, 0.0F, 0.0F), 0);
+  Luts luts(3, 0.25F);
+  luts.lut[0].d[0] = luts.lut[1].d[0] = luts.lut[2].d[0] = 0.0F;
+  luts.lut[1].d[2] = 1.0F;
+  vexo_lut_get_xyY(&v, &context, luts.lut, 0.5F, 7.0F, kNaN);
+  vexo_get_xyY(&expected, &context, 127.875F, 1023.0F, 0.0F);
+  EXPECT_EQ(bits(v), bits(expected));
+
+  context = vexo{};
+  vexo_get_xyY(&v, &context, 0.0F, 0.0F, 0.0F);
   EXPECT_EQ(bits(v), bits(vexo_vector{}));
 }
 
 TEST(Calibration, PeakWhiteIsTheNearestOfTheSearchedCubes) {
   Trial trial(vexo_generate_lut, sample_panel());
-  vexo_vector target = {{0.3150F, 0.3250F, 0.0F}}; // yellower than the panel: blue goes below 1023 - 32
+  const vexo_vector target = {{0.3150F, 0.3250F, 0.0F}}; // yellower than the panel: blue goes below 1023 - 32
   std::array<int, 3> top;
   std::array<int, 3> nearest = {1023, 1023, 1023};
   float least = 2.0F;
@@ -471,8 +474,7 @@ TEST(Calibration, PeakWhiteIsTheNearestOfTheSearchedCubes) {
     }
   } while (nearest[0] == top[0] - 32 || nearest[1] == top[1] - 32 || nearest[2] == top[2] - 32);
   EXPECT_EQ(passes, 2);
-  vexo_vector gains;
-  EXPECT_EQ(vexo_peak_white_adjust(&gains, &trial.context, &target), 0);
+  const vexo_vector gains = gains_for(&trial.context, target);
   for (size_t c = 0; c < 3; c++) {
     EXPECT_EQ(gains.d[c], static_cast<float>(nearest[c] / 1023.0)) << c;
   }
@@ -480,9 +482,8 @@ TEST(Calibration, PeakWhiteIsTheNearestOfTheSearchedCubes) {
 
 TEST(Calibration, PeakWhiteEndsAtZeroAndKeepsTheBrightestOfEquals) {
   Trial trial(vexo_generate_lut, sample_panel());
-  vexo_vector gains;
-  vexo_vector red = entry(trial.context.data[0], 1023.0F);
-  vexo_peak_white_adjust(&gains, &trial.context, &red);
+  const vexo_vector red = entry(trial.context.data[0], 1023.0F);
+  const vexo_vector gains = gains_for(&trial.context, red);
   EXPECT_EQ(gains.d[0], 1.0F);
   EXPECT_LT(std::max(gains.d[1], gains.d[2]), 0.01F);
 
@@ -490,17 +491,15 @@ TEST(Calibration, PeakWhiteEndsAtZeroAndKeepsTheBrightestOfEquals) {
     std::fill(channel[0], channel[0] + 1024, 0.25F);
     std::fill(channel[1], channel[1] + 1024, 0.5F);
   }
-  for (vexo_vector target : {red, vexo_vector{{kNaN, 0.3F, 0.0F}}, vexo_vector{{9.0F, 0.3F, 0.0F}}}) {
-    vexo_peak_white_adjust(&gains, &trial.context, &target);
-    EXPECT_EQ(bits(gains), bits(vexo_vector{{1.0F, 1.0F, 1.0F}}));
+  for (const vexo_vector target : {red, vexo_vector{{kNaN, 0.3F, 0.0F}}, vexo_vector{{9.0F, 0.3F, 0.0F}}}) {
+    EXPECT_EQ(bits(gains_for(&trial.context, target)), bits(vexo_vector{{1.0F, 1.0F, 1.0F}}));
   }
 }
 
 TEST(Calibration, BalanceScalesByGainsAndPullsGraysToWhite) {
   Trial trial(vexo_generate_lut, sample_panel());
   vexo_vector target = {{0.3457F, 0.3585F, 0.0F}};
-  vexo_vector gains;
-  vexo_peak_white_adjust(&gains, &trial.context, &target);
+  const vexo_vector gains = gains_for(&trial.context, target);
   Luts scaled(1024, 0.7F);
   Luts pulled(1024, 0.7F);
   EXPECT_EQ(vexo_lut_adjust_wb(scaled.lut, &trial.context, &target), 0);
