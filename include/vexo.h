@@ -117,7 +117,7 @@ int vexo_generate_lut(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma
  * red and blue there. wb and lut as in vexo_generate_lut(). Afterwards the context's tables describe the panel
  * seen through the balance.
  * @return 0; -1 with lut untouched in the cases of vexo_generate_lut(), a wrong LUT size included, and when the
- * balance leaves a level without light.
+ * balance leaves a level without light. An infinite value above finite ones is lowered like any other.
  */
 int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wb);
 

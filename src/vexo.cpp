@@ -176,7 +176,7 @@ void track_level(vexo_lut *lut, vexo *panel, const vexo_vector *target, int ng, 
     vexo_vector vb = {};
     const float need = (Ytot - vr.d[2] - vg.d[2]) / panel->maxY[2];
     const float blue = vexo_data_Y_xyY(&vb, panel->data[2], need);
-    if (blue_above <= blue) {
+    if (blue < 0.0F || blue_above <= blue) { // below 0: no blue can be told
       break;
     }
     vb.d[2] *= panel->maxY[2];
