@@ -2,11 +2,10 @@
 #ifndef VEXO_TESTS_COMMA_LOCALE_H
 #define VEXO_TESTS_COMMA_LOCALE_H
 
-#include <gtest/gtest.h>
-
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -14,21 +13,27 @@
 class CommaLocale {
 public:
   CommaLocale() {
-    const std::string directory = testing::TempDir() + "vexo-comma-locale";
-    std::ofstream(directory + ".def")
-        << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n";
-    const std::string make = "mkdir -p " + directory + "; localedef -c -i " + directory + ".def -f ANSI_X3.4-1968 " +
-                             directory + "/comma >" + directory + ".log 2>&1";
-    if (std::system(make.c_str()) != -1 && setenv("LOCPATH", directory.c_str(), 1) == 0) {
-      std::setlocale(LC_NUMERIC, "comma");
+    if (mkdtemp(folder_.data()) == nullptr) {
+      return;
     }
+    const std::string source = folder_ + "/source";
+    std::ofstream(source) << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n";
+    const std::string make = "localedef -c -i " + source + " -f ANSI_X3.4-1968 " + folder_ + "/comma >/dev/null 2>&1";
+    (void)!std::system(make.c_str()); // complains of the categories that are left out
+    setenv("LOCPATH", folder_.c_str(), 1);
+    std::setlocale(LC_NUMERIC, "comma");
   }
   ~CommaLocale() {
     std::setlocale(LC_NUMERIC, "C");
     unsetenv("LOCPATH");
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
   }
   CommaLocale(const CommaLocale &) = delete;
   CommaLocale &operator=(const CommaLocale &) = delete;
+
+private:
+  std::string folder_ = (std::filesystem::temp_directory_path() / "vexo-XXXXXX").string();
 };
 
 // Whether printf writes a decimal comma now.

@@ -108,8 +108,9 @@ TEST(ColourTemperature, OfKnownColours) {
   }
   EXPECT_EQ(temperature_of_xy(0.3127, 0.3290), 6504);
   EXPECT_EQ(temperature_of_xy(0.2831, 0.2971), 9303);
-  EXPECT_EQ(temperature_of_xy(0.60, 0.38), -1); // cooler than the last line
-  EXPECT_EQ(temperature_of_xy(0.15, 0.06), -1); // hotter than the first
+  EXPECT_EQ(temperature_of_xy(0.4619, 0.2835), 1671); // purple, where the slope of the last line counts
+  EXPECT_EQ(temperature_of_xy(0.60, 0.38), -1);       // cooler than the last line
+  EXPECT_EQ(temperature_of_xy(0.15, 0.06), -1);       // hotter than the first
 }
 
 // Every line of the table, its slope included: radiators and points on either side of them have their own temperature,
