@@ -1,6 +1,7 @@
 /**
  * @file vexo-cs.h
- * Colorimetry: CIE 1931 and 1976 coordinates (CIE 15) and RGB colour spaces given by primaries and white.
+ * Colorimetry: CIE 1931 and 1976 coordinates (CIE 15), correlated colour temperature, perceptual spaces and colour
+ * differences, and RGB colour spaces given by primaries and white.
  *
  * Conversions work in place on one vector; the caller knows from the last call which coordinates it holds:
  * XYZ (X, Y, Z), xyz (x, y, z), xyY (x, y, Y) or uvY (u', v', Y). Y keeps the caller's unit. All arithmetic
@@ -66,6 +67,56 @@ int vexo_xyY_mix(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY);
  */
 int vexo_xyY_mix_3(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY3, vexo_vector *xyY);
 
+/**
+ * Correlated colour temperature of the tristimulus values xyz[0..2] (X, Y, Z in any unit) by Robertson's method. His
+ * table reaches from 1667 K to infinity; around 3100 K its historic u of 0.24702 costs up to some 23 K.
+ * @return kelvin, rounded to nearest; INT_MAX for a temperature above it; -1 for black (every component below 1e-20)
+ * and for a chromaticity that no two neighbouring lines of the table enclose, such as saturated red or blue.
+ */
+int vexo_xyz_cct(float *xyz);
+
+/** @return vexo_xyz_cct() of the vector. */
+int vexo_XYZ_CCT(vexo_vector *XYZ);
+
+/** @return CIE 1976 lightness of the vector's Y against the white's luminance Yn; 100 when Yn <= 0. */
+float vexo_XYZ_Lstar(vexo_vector *XYZ, float Yn);
+
+/**
+ * XYZ to CIE 1976 L*u*v* against the white REF, an XYZ in the same unit. When either has no u'v' because a component
+ * is negative or NaN, u* and v* are 0.
+ * @return always 0.
+ */
+int vexo_XYZ_Luv(vexo_vector *XYZ, vexo_vector *REF);
+
+/** @return the colour difference CIE 1976 Delta E*uv against the white REF. */
+float vexo_XYZ_DEuv(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *REF);
+
+/**
+ * XYZ to CIE 1976 L*a*b* against the white REF, an XYZ in the same unit. Nothing is checked: a component 0 of the
+ * white makes a* or b* infinite or NaN.
+ * @return always 0.
+ */
+int vexo_XYZ_Lab(vexo_vector *XYZ, vexo_vector *REF);
+
+/** @return the colour difference CIE 1976 Delta E*ab against the white REF. */
+float vexo_XYZ_DEab(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *REF);
+
+/**
+ * L*a*b* to L*, chroma C* and hue h = arctan(b* / a*) in radians. h has no quadrant: it lies in -pi/2..pi/2 and
+ * opposite colours share it; a* = b* = 0 gives NaN.
+ * @return always 0.
+ */
+int vexo_Lab_LCH(vexo_vector *Lab);
+
+/** XYZ to L*C*h against the white XYZn: vexo_XYZ_Lab(), then vexo_Lab_LCH(). @return always 0. */
+int vexo_XYZ_LCH(vexo_vector *XYZ, vexo_vector *XYZn);
+
+/** @return the colour difference CIEDE2000 (CIE 142) of two L*a*b* colours, with parametric factors of 1. */
+float vexo_Lab_DE2000(vexo_vector *Lab1, vexo_vector *Lab2);
+
+/** @return the colour difference CIEDE2000 of two XYZ colours against the white XYZn. */
+float vexo_XYZ_DE2000(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *XYZn);
+
 /** An RGB colour space: chromaticities (x, y, z = 1 - x - y) of primaries and white, and the matrix they imply. */
 typedef struct vexo_cs {
   vexo_vector r;   /**< red primary */
@@ -110,6 +161,21 @@ int vexo_cs_init_XYZ(vexo_cs *cs, const float *r, const float *g, const float *b
  * @return 0, or -1 with m untouched when dst has no invertible npm.
  */
 int vexo_cs_transform(vexo_matrix *m, vexo_cs *src, vexo_cs *dst);
+
+/**
+ * @return the area of the gamut triangle in the CIE 1931 xy diagram, positive when red, green and blue run
+ * counter-clockwise (real displays), else negative; 0 when a primary has no chromaticity (x + y + z not above 0).
+ */
+float vexo_cs_area(vexo_cs *cs);
+
+/**
+ * Chromaticities (x, y, 1 - x - y) of the secondaries: where the line from a primary through the white meets the
+ * opposite side. sr is opposite red (cyan), sg opposite green (magenta), sb opposite blue (yellow); each may be null
+ * and none may lie in cs. A side parallel to the y axis or a primary at the white's y divides by zero: the result is
+ * then what IEEE arithmetic makes of it, mostly NaN.
+ * @return 0, or -1 when cs is null.
+ */
+int vexo_cs_secondary(const vexo_cs *cs, vexo_vector *sr, vexo_vector *sg, vexo_vector *sb);
 
 /** Prints primaries, white and npm under the heading "PREFIX Color Space (ADDRESS):"; prefix may be null. */
 void vexo_cs_dump(FILE *f, vexo_cs *cs, char *prefix);

@@ -1,6 +1,7 @@
 /**
  * @file vexo.h
- * Panel calibration: from probe measurements of a panel to three correction LUTs.
+ * Panel calibration: from probe measurements of a panel to three correction LUTs, with the adjustment of single gray
+ * points and dumps of the gray ramp.
  *
  * The panel is taken to be additive: each channel was measured alone, its XYZ is linear in the drive
  * between measured levels, and any drive triple shows the sum of the three, all above the black level.
@@ -120,6 +121,57 @@ int vexo_generate_lut(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma
  * balance leaves a level without light. An infinite value above finite ones is lowered like any other.
  */
 int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wb);
+
+/**
+ * Moves the codes lut[0..2] of one gray point halfway, in ratio, towards the chromaticity of target, taking X, Y and
+ * Z for the shares of red, green and blue. gray (as measured) and target are XYZ, three floats each. The median
+ * channel stays; then the first channel above its maxValue is brought down onto it and the others in proportion. A
+ * component 0 of gray or a median factor of 0 is not caught: the codes become what IEEE arithmetic makes of it
+ * (infinite, NaN or 0).
+ * @return always 0.
+ */
+int vexo_panel_gray_point_adjust(float *gray, float *target, float *lut, unsigned short *maxValue);
+
+/**
+ * As vexo_panel_gray_point_adjust(), with the shares taken in the colour space of the panel: R, G, B, W and D (black)
+ * are measured XYZ, three floats each.
+ * @return 0; -1 with lut unchanged when the measurements make no colour space (see vexo_cs_init_XYZ()) or the target
+ * needs a channel at or below zero.
+ */
+int vexo_panel_cs_gray_point_adjust(const float *R, const float *G, const float *B, const float *W, const float *D,
+                                    float *target, float *lut, unsigned short *maxValue);
+
+/**
+ * Fills samples[0..num - 1] with evenly spaced codes from 0 to 2^bits - 1, not rounded; a single sample is 0. A num
+ * below 1 or a depth outside 1..30 writes nothing.
+ * @return always 0.
+ */
+float vexo_create_samples(float *samples, int num, int bits);
+
+/** @return the luminance of a code on a pure power law: max_luma (sample / max_sample)^gamma. */
+float vexo_sample_2_luminance(float sample, float max_sample, float max_luma, float gamma);
+
+/**
+ * Prints the gray ramp of a context's tables, two lines a level: "VEXO_DUMP_GRAY Vector(ADDRESS):" and the ratios
+ * X, Y, Z of the level to those of full white. Where white has a component 0, the ratios from there on stay XYZ.
+ * @return always 0.
+ */
+int vexo_dump_gray(FILE *f, vexo *panel);
+
+/**
+ * Prints the gray ramp as seen through three LUTs, two lines a position: "[POSITION](CCT) Vector(ADDRESS):", with
+ * -1 for a colour without a temperature, and xyY with absolute Y. The first record's size counts for all three.
+ * @return always 0.
+ */
+int vexo_lut_dump_gray(FILE *f, vexo *panel, vexo_lut *lut);
+
+/**
+ * Prints the gamma of each position between the ends of the gray ramp through three LUTs, "[POSITION] (GAMMA)", and
+ * their mean, "gamma = MEAN". Positions not above black show 0 and stay out of the mean. The first record's size
+ * counts for all three; fewer than three entries print the mean alone, as 0.
+ * @return always 0.
+ */
+int vexo_lut_dump_gray_gamma(FILE *f, vexo *panel, vexo_lut *lut);
 
 /**
  * Reads an LCNR file: XML in which each LEVEL element holds ten numbers, the level and X, Y, Z of red, green and

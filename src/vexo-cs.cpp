@@ -1,5 +1,5 @@
-// RGB colour spaces: primaries and white, and the normalised primary matrix (SMPTE RP 177). Single precision, except
-// that the setters form z = 1 - x - y in double.
+// RGB colour spaces: primaries and white, the normalised primary matrix (SMPTE RP 177), and the geometry of the gamut.
+// Single precision, except that the setters form z = 1 - x - y in double.
 #include "vexo-cs.h"
 
 #include <initializer_list>
@@ -8,6 +8,27 @@ namespace {
 
 vexo_vector chromaticity(float x, float y) {
   return vexo_vector{{x, y, static_cast<float>(1.0 - static_cast<double>(x) - static_cast<double>(y))}};
+}
+
+// Signed area of the triangle (a, b), (c, d), (e, f): positive when the corners run counter-clockwise.
+float triangle_area(float a, float b, float c, float d, float e, float f) {
+  return 0.5F * (b * e + a * d + c * f - a * f - b * c - d * e);
+}
+
+// s = where the line through the primary po and the white pw meets the line through p1 and p2.
+void get_secondary_from_primary(vexo_vector *s, const vexo_vector *p1, const vexo_vector *p2, const vexo_vector *po,
+                                const vexo_vector *pw) {
+  const float dx1 = p2->d[0] - p1->d[0];
+  const float dy1 = p2->d[1] - p1->d[1];
+  const float dx2 = po->d[0] - pw->d[0];
+  const float dy2 = po->d[1] - pw->d[1];
+  // Both line equations divided by q, solved for the position k on the side: 0 at p1, 1 at p2.
+  const float q = dx1 * dy2;
+  const float A = (pw->d[0] - p1->d[0]) / dx1 + dx2 / q * (p1->d[1] - pw->d[1]);
+  const float B = dy1 * dx2 / q;
+  const float k = static_cast<float>(static_cast<double>(A) / (1.0 - static_cast<double>(B)));
+  const float xy[2] = {p1->d[0] + dx1 * k, p1->d[1] + dy1 * k};
+  vexo_vector_set_xy(s, xy);
 }
 
 } // namespace
@@ -77,6 +98,32 @@ int vexo_cs_transform(vexo_matrix *m, vexo_cs *src, vexo_cs *dst) {
     return -1;
   }
   vexo_matrix_multiply(m, &src->npm);
+  return 0;
+}
+
+float vexo_cs_area(vexo_cs *cs) {
+  vexo_vector r = cs->r;
+  vexo_vector g = cs->g;
+  vexo_vector b = cs->b;
+  if (vexo_XYZ_xyz(&r) != 0 || vexo_XYZ_xyz(&g) != 0 || vexo_XYZ_xyz(&b) != 0) {
+    return 0.0F;
+  }
+  return triangle_area(r.d[0], r.d[1], g.d[0], g.d[1], b.d[0], b.d[1]);
+}
+
+int vexo_cs_secondary(const vexo_cs *cs, vexo_vector *sr, vexo_vector *sg, vexo_vector *sb) {
+  if (cs == nullptr) {
+    return -1;
+  }
+  if (sr != nullptr) {
+    get_secondary_from_primary(sr, &cs->g, &cs->b, &cs->r, &cs->w);
+  }
+  if (sg != nullptr) {
+    get_secondary_from_primary(sg, &cs->b, &cs->r, &cs->g, &cs->w);
+  }
+  if (sb != nullptr) {
+    get_secondary_from_primary(sb, &cs->r, &cs->g, &cs->b, &cs->w);
+  }
   return 0;
 }
 

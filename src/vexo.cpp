@@ -1,4 +1,5 @@
-// Panel calibration: measurement tables, gray tracking, white balance and the two recipes that make correction LUTs.
+// Panel calibration: measurement tables, gray tracking, white balance, the two recipes that make correction LUTs, the
+// adjustment of single gray points and the dumps of gray ramps.
 // Colours are single precision; reading a table between levels goes through the shared blend.
 #include "vexo.h"
 
@@ -264,6 +265,59 @@ public:
   vexo_lut balance[3] = {};
 };
 
+// The first channel above its highest code is brought down onto it, the others in proportion.
+void limit_codes(float *lut, const unsigned short *maxValue) {
+  for (int c = 0; c < 3; c++) {
+    const float limit = static_cast<float>(maxValue[c]);
+    const float code = lut[c];
+    if (code > limit) {
+      for (int k = 0; k < 3; k++) {
+        lut[k] = limit * lut[k] / code;
+      }
+      return;
+    }
+  }
+}
+
+// Half of a correction, in ratio.
+float damped(float factor) { return (factor + 1.0F) * 0.5F; }
+
+// Gray as XYZ at one level of all channels; black where the mixture fails.
+vexo_vector gray_XYZ(vexo *panel, float level) {
+  vexo_vector gray = {};
+  vexo_get_xyY(&gray, panel, level, level, level);
+  vexo_xyY_XYZ(&gray);
+  return gray;
+}
+
+// Gray as xyY at one position of all LUTs; black where the mixture fails.
+vexo_vector gray_through(vexo *panel, vexo_lut *lut, int position) {
+  const float p = static_cast<float>(position);
+  vexo_vector gray = {};
+  vexo_lut_get_xyY(&gray, panel, lut, p, p, p);
+  return gray;
+}
+
+// Prints the gamma of each position between black and the last, and returns the mean of those that show light.
+float dump_step_gammas(FILE *f, vexo *panel, vexo_lut *lut, int last) {
+  const float black = gray_through(panel, lut, 0).d[2];
+  const float range = gray_through(panel, lut, last).d[2] - black;
+  float sum = 0.0F;
+  int count = 0;
+  for (int i = 1; i < last; i++) {
+    const float x = (gray_through(panel, lut, i).d[2] - black) / range;
+    float g = 0.0F;
+    if (x > 0.0F) {
+      const float position = static_cast<float>(i) / static_cast<float>(last);
+      g = static_cast<float>(std::log(static_cast<double>(x)) / std::log(static_cast<double>(position)));
+      count++;
+    }
+    sum += g;
+    fprintf(f, "[%4d] (%0.10lf)\n", i, static_cast<double>(g));
+  }
+  return count > 0 ? sum / static_cast<float>(count) : sum;
+}
+
 } // namespace
 
 static_assert(sizeof(vexo_lcnr) == 4 * (9 * 64 + 64 + 1), "part of the binary interface");
@@ -462,5 +516,90 @@ int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gam
     return -1;
   }
   work.merge_into(lut);
+  return 0;
+}
+
+int vexo_panel_gray_point_adjust(float *gray, float *target, float *lut, unsigned short *maxValue) {
+  vexo_vector m;
+  for (int k = 0; k < 3; k++) {
+    m.d[k] = target[k] * gray[1] / gray[k];
+  }
+  const float mid = vexo_vector_get_middle(&m);
+  for (int k = 0; k < 3; k++) {
+    lut[k] *= damped(m.d[k] / mid);
+  }
+  limit_codes(lut, maxValue);
+  return 0;
+}
+
+int vexo_panel_cs_gray_point_adjust(const float *R, const float *G, const float *B, const float *W, const float *D,
+                                    float *target, float *lut, unsigned short *maxValue) {
+  vexo_cs primaries;
+  vexo_matrix to_rgb;
+  if (vexo_cs_init_XYZ(&primaries, R, G, B, W, D) != 0 || vexo_matrix_invert(&to_rgb, &primaries.npm) != 0) {
+    return -1;
+  }
+  vexo_vector v;
+  vexo_vector_set_xyz(&v, target);
+  vexo_matrix_transform(&to_rgb, &v);
+  if (!(v.d[0] > 0.0F && v.d[1] > 0.0F && v.d[2] > 0.0F)) {
+    return -1;
+  }
+  vexo_vector_scale(&v, 1.0F / vexo_vector_get_middle(&v));
+  for (int k = 0; k < 3; k++) {
+    lut[k] *= damped(v.d[k]);
+  }
+  limit_codes(lut, maxValue);
+  return 0;
+}
+
+float vexo_create_samples(float *samples, int num, int bits) {
+  if (num < 1 || bits < 1 || bits > 30) {
+    return 0.0F;
+  }
+  if (num == 1) {
+    samples[0] = 0.0F;
+    return 0.0F;
+  }
+  const float max_value = static_cast<float>(static_cast<double>(1 << bits) - 1.0);
+  const float step = max_value / static_cast<float>(num - 1);
+  for (int i = 0; i < num; i++) {
+    samples[i] = static_cast<float>(i) * step;
+  }
+  return 0.0F;
+}
+
+float vexo_sample_2_luminance(float sample, float max_sample, float max_luma, float gamma) {
+  const float ratio = sample / max_sample;
+  return static_cast<float>(static_cast<double>(max_luma) *
+                            std::pow(static_cast<double>(ratio), static_cast<double>(gamma)));
+}
+
+int vexo_dump_gray(FILE *f, vexo *panel) {
+  vexo_vector white = gray_XYZ(panel, kTopF);
+  for (int k = 0; k < kLevels; k++) {
+    vexo_vector gray = gray_XYZ(panel, static_cast<float>(k));
+    vexo_vector_div(&gray, &white);
+    vexo_vector_dump(f, &gray, "VEXO_DUMP_GRAY");
+  }
+  return 0;
+}
+
+int vexo_lut_dump_gray(FILE *f, vexo *panel, vexo_lut *lut) {
+  for (int i = 0; i < lut[0].size; i++) {
+    vexo_vector gray = gray_through(panel, lut, i);
+    vexo_vector XYZ = gray;
+    vexo_xyY_XYZ(&XYZ);
+    char label[128];
+    snprintf(label, sizeof label, "[%4d](%5d)", i, vexo_XYZ_CCT(&XYZ));
+    vexo_vector_dump(f, &gray, label);
+  }
+  return 0;
+}
+
+int vexo_lut_dump_gray_gamma(FILE *f, vexo *panel, vexo_lut *lut) {
+  const vexo_internal::NumberLocale locale;
+  const float average = lut[0].size > 2 ? dump_step_gammas(f, panel, lut, lut[0].size - 1) : 0.0F;
+  fprintf(f, "gamma = %lf\n", static_cast<double>(average));
   return 0;
 }
