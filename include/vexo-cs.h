@@ -177,6 +177,22 @@ float vexo_cs_area(vexo_cs *cs);
  */
 int vexo_cs_secondary(const vexo_cs *cs, vexo_vector *sr, vexo_vector *sg, vexo_vector *sb);
 
+/**
+ * m = the linear Bradford adaptation of XYZ seen under the white src to XYZ seen under the white dst. The whites may be
+ * XYZ in any unit or xyz, and are brought to Y = 1; one with Y = 0 is used as it stands, and one without a cone
+ * response in src gives infinities or NaNs.
+ * @return always 0.
+ */
+int vexo_chad_transform(vexo_matrix *m, vexo_vector *src, vexo_vector *dst);
+
+/**
+ * m = the matrix from linear RGB of target to the linear RGB of native that shows the same colour, the white of target
+ * adapted to the white of native: vexo_cs_transform() from target to native with vexo_chad_transform() in between.
+ * m must not be part of either colour space.
+ * @return 0, or -1 with m untouched when native has no invertible npm.
+ */
+int vexo_cs_chad_transform(vexo_matrix *m, vexo_cs *native, vexo_cs *target);
+
 /** Prints primaries, white and npm under the heading "PREFIX Color Space (ADDRESS):"; prefix may be null. */
 void vexo_cs_dump(FILE *f, vexo_cs *cs, char *prefix);
 

@@ -6,6 +6,10 @@
 
 namespace {
 
+// XYZ to the cone responses of the Bradford transform.
+const vexo_matrix kBradford = {
+    {{0.8951F, 0.2664F, -0.1614F}, {-0.7502F, 1.7135F, 0.0367F}, {0.0389F, -0.0685F, 1.0296F}}};
+
 vexo_vector chromaticity(float x, float y) {
   return vexo_vector{{x, y, static_cast<float>(1.0 - static_cast<double>(x) - static_cast<double>(y))}};
 }
@@ -124,6 +128,36 @@ int vexo_cs_secondary(const vexo_cs *cs, vexo_vector *sr, vexo_vector *sg, vexo_
   if (sb != nullptr) {
     get_secondary_from_primary(sb, &cs->r, &cs->g, &cs->b, &cs->w);
   }
+  return 0;
+}
+
+int vexo_chad_transform(vexo_matrix *m, vexo_vector *src, vexo_vector *dst) {
+  vexo_matrix cone = kBradford;
+  vexo_vector sw = *src;
+  vexo_vector dw = *dst;
+  vexo_vector_normalize(&sw, 2);
+  vexo_vector_normalize(&dw, 2);
+  vexo_matrix_transform(&cone, &sw);
+  vexo_matrix_transform(&cone, &dw);
+  vexo_matrix c;
+  vexo_matrix_init(&c);
+  for (int i = 0; i < 3; i++) {
+    c.d[i][i] = dw.d[i] / sw.d[i];
+  }
+  vexo_matrix_invert(m, &cone);
+  vexo_matrix_multiply(m, &c);
+  vexo_matrix_multiply(m, &cone);
+  return 0;
+}
+
+int vexo_cs_chad_transform(vexo_matrix *m, vexo_cs *native, vexo_cs *target) {
+  if (vexo_matrix_invert(m, &native->npm) != 0) {
+    return -1;
+  }
+  vexo_matrix a;
+  vexo_chad_transform(&a, &target->w, &native->w);
+  vexo_matrix_multiply(m, &a);
+  vexo_matrix_multiply(m, &target->npm);
   return 0;
 }
 
