@@ -33,6 +33,8 @@ struct Destroy {
 };
 using OwnedLut = std::unique_ptr<vexo_3dlut, Destroy>;
 
+OwnedLut created(int size, const char *title) { return OwnedLut(vexo_3dlut_create(size, title)); }
+
 // The bytes of size^3 entries; 0 when size is below 1 or the host cannot count them (32-bit hosts from size 711).
 size_t table_bytes(int size) {
   if (size < 1) {
@@ -148,7 +150,7 @@ struct Place {
   float fraction; // between the two
 };
 
-// The target steps per source step: infinite for a source and 0 for a target of one point.
+// The target steps per source step; infinite for a source of one point, which puts every position at 0.
 float scale_of(int target, int source) {
   return static_cast<float>((static_cast<double>(target) - 1.0) / (static_cast<double>(source) - 1.0));
 }
@@ -156,7 +158,7 @@ float scale_of(int target, int source) {
 // The position of the last target index comes out a little above or below the last source index. Never a whole step
 // above, so the index is at most last; below it, the fraction is just short of 1.
 Place place_of(int i, float scale, int last, size_t stride) {
-  const float position = scale > 0.0F ? static_cast<float>(i) / scale : 0.0F;
+  const float position = static_cast<float>(i) / scale;
   const int index = static_cast<int>(std::floor(position));
   return Place{static_cast<size_t>(index) * stride, index == last ? 0 : stride, position - static_cast<float>(index)};
 }
@@ -203,12 +205,12 @@ void resample(vexo_3dlut *dst, const vexo_3dlut *src) {
 } // namespace
 
 vexo_3dlut *vexo_3dlut_dup(vexo_3dlut *src, int size, const char *title) {
-  OwnedLut lut(vexo_3dlut_create(size != 0 ? size : src->size, title != nullptr ? title : src->title));
+  OwnedLut lut = created(size != 0 ? size : src->size, title != nullptr ? title : src->title);
   if (lut == nullptr) {
     return nullptr;
   }
-  if (lut->size == src->size) {
-    memcpy(lut->d, src->d, table_bytes(src->size));
+  if (lut->size == src->size || lut->size == 1) { // a single point takes the first entry
+    memcpy(lut->d, src->d, table_bytes(lut->size));
   } else {
     resample(lut.get(), src);
   }
@@ -286,8 +288,8 @@ bool scan_eecolor_entry(const char *line, vexo_vector *entry) {
 }
 
 // Fills the table from the lines that hold an entry; the others are skipped.
-template <typename Lines> vexo_3dlut *filled_from(Lines *lines, Scan scan, vexo_3dlut *created) {
-  return filled(OwnedLut(created), [lines, scan](vexo_vector *entry) {
+template <typename Lines> vexo_3dlut *filled_from(Lines *lines, Scan scan, OwnedLut lut) {
+  return filled(std::move(lut), [lines, scan](vexo_vector *entry) {
     for (const char *line = lines->next(); line != nullptr; line = lines->next()) {
       if (scan(line, entry)) {
         return true;
@@ -374,7 +376,7 @@ vexo_3dlut *vexo_3dlut_load_cube(FILE *f) {
   CubeHeader header;
   for (const char *line = lines.next(); line != nullptr; line = lines.next()) {
     if (line[0] != '#' && !read_title(line, header.title) && read_size(line, &header.size)) {
-      return filled_from(&lines, scan_cube_entry, vexo_3dlut_create(header.size, header.title));
+      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
     }
   }
   return nullptr;
@@ -398,7 +400,7 @@ vexo_3dlut *vexo_3dlut_cube_load_buf(char *buf, int len) {
       read_title(line, header.title);
     } else if (read_size(line, &header.size)) {
       lines.stop_at(len);
-      return filled_from(&lines, scan_cube_entry, vexo_3dlut_create(header.size, header.title));
+      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
     }
   }
   return nullptr;
@@ -575,7 +577,7 @@ vexo_3dlut *vexo_3dlut_load_dat(FILE *f) {
     return nullptr;
   }
   const Model model(header);
-  OwnedLut lut(vexo_3dlut_create(header.size, model.text));
+  OwnedLut lut = created(header.size, model.text);
   if (lut == nullptr) {
     fprintf(stderr, "create 3dlut failed, size = %d, name = %s\n", header.size, model.text);
     return nullptr;
@@ -601,15 +603,14 @@ vexo_3dlut *vexo_3dlut_dat_load_buf(uint8_t *buf, int len) {
   }
   const uint8_t *word = buf + sizeof header;
   const uint8_t *const end = buf + len;
-  return filled_from_words(OwnedLut(vexo_3dlut_create(header.size, Model(header).text)), nbits,
-                           [&word, end](uint8_t(&byte)[kWordBytes]) {
-                             if (end - word < static_cast<ptrdiff_t>(sizeof byte)) {
-                               return false;
-                             }
-                             memcpy(byte, word, sizeof byte);
-                             word += sizeof byte;
-                             return true;
-                           });
+  return filled_from_words(created(header.size, Model(header).text), nbits, [&word, end](uint8_t(&byte)[kWordBytes]) {
+    if (end - word < static_cast<ptrdiff_t>(sizeof byte)) {
+      return false;
+    }
+    memcpy(byte, word, sizeof byte);
+    word += sizeof byte;
+    return true;
+  });
 }
 
 int vexo_3dlut_dump_dat(vexo_3dlut *lut, FILE *f, int nbits) {
@@ -715,7 +716,7 @@ long long print_listing_header(const vexo_3dlut *lut, FILE *f, int nbits) {
 vexo_3dlut *vexo_3dlut_load_eecolor(FILE *f, int size) {
   const NumberLocale locale;
   StreamLines lines(f);
-  return filled_from(&lines, scan_eecolor_entry, vexo_3dlut_create(size, nullptr));
+  return filled_from(&lines, scan_eecolor_entry, created(size, nullptr));
 }
 
 vexo_3dlut *vexo_3dlut_eecolor_load_file(const char *path, int size) {
