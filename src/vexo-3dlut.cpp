@@ -1,0 +1,763 @@
+// Three-dimensional LUTs: the table, trilinear resampling, and the cube, packed binary, eeColor, COE and listing
+// formats, a section each. Entries are single precision; grid positions and codes are formed in single precision, the
+// identity and the blend in double, rounded once.
+#include "vexo-3dlut.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "vexo-exact.h"
+#include "vexo-locale.h"
+
+using vexo_internal::blend;
+using vexo_internal::NumberLocale;
+
+struct vexo_3dlut {
+  char *title;    // owned; may be null
+  int size;       // grid points per axis, at least 1
+  vexo_vector *d; // owned; size^3 entries, red index fastest
+};
+
+// ---- The table
+
+namespace {
+
+struct Destroy {
+  void operator()(vexo_3dlut *lut) const { vexo_3dlut_destroy(lut); }
+};
+using OwnedLut = std::unique_ptr<vexo_3dlut, Destroy>;
+
+OwnedLut created(int size, const char *title) { return OwnedLut(vexo_3dlut_create(size, title)); }
+
+// The bytes of size^3 entries; 0 when size is below 1 or the host cannot count them (32-bit hosts from size 711).
+size_t table_bytes(int size) {
+  if (size < 1) {
+    return 0;
+  }
+  const auto points = static_cast<size_t>(size);
+  size_t bytes = sizeof(vexo_vector);
+  for (int axis = 0; axis < 3; axis++) {
+    if (bytes > SIZE_MAX / points) {
+      return 0;
+    }
+    bytes *= points;
+  }
+  return bytes;
+}
+
+size_t entry_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / sizeof(vexo_vector); }
+
+bool on_axis(const vexo_3dlut *lut, int i) { return i >= 0 && i < lut->size; }
+
+// Fills the entries in order from next(entry), which is false when the source has no more. A table that stays
+// incomplete is destroyed.
+template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
+  if (lut == nullptr) {
+    return nullptr;
+  }
+  const size_t count = entry_count(lut.get());
+  for (size_t i = 0; i < count; i++) {
+    if (!next(&lut->d[i])) {
+      return nullptr;
+    }
+  }
+  return lut.release();
+}
+
+} // namespace
+
+vexo_3dlut *vexo_3dlut_create(int size, const char *title) {
+  const size_t bytes = table_bytes(size);
+  if (bytes == 0) {
+    return nullptr;
+  }
+  OwnedLut lut(static_cast<vexo_3dlut *>(calloc(1, sizeof(vexo_3dlut))));
+  if (lut == nullptr) {
+    return nullptr;
+  }
+  // calloc, so that a table which a file promises and does not deliver never becomes resident.
+  lut->d = static_cast<vexo_vector *>(calloc(bytes, 1));
+  if (lut->d == nullptr) {
+    return nullptr;
+  }
+  lut->size = size;
+  vexo_3dlut_set_title(lut.get(), title);
+  return lut.release();
+}
+
+void vexo_3dlut_destroy(vexo_3dlut *lut) {
+  free(lut->title);
+  free(lut->d);
+  free(lut);
+}
+
+int vexo_3dlut_init_unit(vexo_3dlut *lut) {
+  const double last = static_cast<double>(lut->size) - 1.0;
+  const auto input = [last](int i) { return last > 0.0 ? static_cast<float>(static_cast<double>(i) / last) : 0.0F; };
+  vexo_vector *entry = lut->d;
+  for (int bi = 0; bi < lut->size; bi++) {
+    for (int gi = 0; gi < lut->size; gi++) {
+      for (int ri = 0; ri < lut->size; ri++) {
+        *entry++ = vexo_vector{{input(ri), input(gi), input(bi)}};
+      }
+    }
+  }
+  return 0;
+}
+
+vexo_vector *vexo_3dlut_item(vexo_3dlut *lut, int bi, int gi, int ri) {
+  if (!on_axis(lut, bi) || !on_axis(lut, gi) || !on_axis(lut, ri)) {
+    return nullptr;
+  }
+  const auto size = static_cast<size_t>(lut->size);
+  return &lut->d[(static_cast<size_t>(bi) * size + static_cast<size_t>(gi)) * size + static_cast<size_t>(ri)];
+}
+
+int vexo_3dlut_set_item(vexo_3dlut *lut, vexo_vector *v, int bi, int gi, int ri) {
+  vexo_vector *entry = vexo_3dlut_item(lut, bi, gi, ri);
+  if (entry == nullptr) {
+    return -1;
+  }
+  vexo_vector_copy(entry, v);
+  return 0;
+}
+
+int vexo_3dlut_size(vexo_3dlut *lut) { return lut->size; }
+
+char *vexo_3dlut_title(vexo_3dlut *lut) { return lut->title; }
+
+int vexo_3dlut_set_title(vexo_3dlut *lut, const char *title) {
+  char *copy = title != nullptr ? strdup(title) : nullptr; // before the release: title may be the LUT's own
+  free(lut->title);
+  lut->title = copy;
+  return title != nullptr && copy == nullptr ? -1 : 0;
+}
+
+// ---- Resampling
+
+namespace {
+
+// Where a target index falls on one axis of the source.
+struct Place {
+  size_t lower;   // the lower neighbour, in entries from the start of the axis
+  size_t step;    // entries from there to the upper neighbour; 0 on the last index, where the axis drops out
+  float fraction; // between the two
+};
+
+// The target steps per source step; infinite for a source of one point, which puts every position at 0.
+float scale_of(int target, int source) {
+  return static_cast<float>((static_cast<double>(target) - 1.0) / (static_cast<double>(source) - 1.0));
+}
+
+// The position of the last target index comes out a little above or below the last source index. Never a whole step
+// above, so the index is at most last; below it, the fraction is just short of 1.
+Place place_of(int i, float scale, int last, size_t stride) {
+  const float position = static_cast<float>(i) / scale;
+  const int index = static_cast<int>(std::floor(position));
+  return Place{static_cast<size_t>(index) * stride, index == last ? 0 : stride, position - static_cast<float>(index)};
+}
+
+// Component c interpolated over the given axes, the last of them first. corner is the neighbour that is the lower one
+// on all of them.
+float interpolate(const vexo_vector *corner, const Place *axis, int axes, int c) {
+  if (axes == 0) {
+    return corner->d[c];
+  }
+  const float low = interpolate(corner, axis + 1, axes - 1, c);
+  if (axis->step == 0) {
+    return low;
+  }
+  return blend(low, interpolate(corner + axis->step, axis + 1, axes - 1, c), axis->fraction);
+}
+
+// dv = the source at a place on its blue, green and red axis.
+void vexo_3dlut_inter(const vexo_3dlut *lut, const Place (&axis)[3], vexo_vector *dv) {
+  const vexo_vector *corner = lut->d + axis[0].lower + axis[1].lower + axis[2].lower;
+  for (int c = 0; c < 3; c++) {
+    dv->d[c] = interpolate(corner, axis, 3, c);
+  }
+}
+
+void resample(vexo_3dlut *dst, const vexo_3dlut *src) {
+  const float scale = scale_of(dst->size, src->size);
+  const auto size = static_cast<size_t>(src->size);
+  const int last = src->size - 1;
+  vexo_vector *entry = dst->d;
+  Place axis[3];
+  for (int bi = 0; bi < dst->size; bi++) {
+    axis[0] = place_of(bi, scale, last, size * size);
+    for (int gi = 0; gi < dst->size; gi++) {
+      axis[1] = place_of(gi, scale, last, size);
+      for (int ri = 0; ri < dst->size; ri++) {
+        axis[2] = place_of(ri, scale, last, 1);
+        vexo_3dlut_inter(src, axis, entry++);
+      }
+    }
+  }
+}
+
+} // namespace
+
+vexo_3dlut *vexo_3dlut_dup(vexo_3dlut *src, int size, const char *title) {
+  OwnedLut lut = created(size != 0 ? size : src->size, title != nullptr ? title : src->title);
+  if (lut == nullptr) {
+    return nullptr;
+  }
+  if (lut->size == src->size || lut->size == 1) { // a single point takes the first entry
+    memcpy(lut->d, src->d, table_bytes(lut->size));
+  } else {
+    resample(lut.get(), src);
+  }
+  return lut.release();
+}
+
+// ---- Text lines and numbers
+
+namespace {
+
+struct CloseFile {
+  void operator()(FILE *f) const { fclose(f); }
+};
+using OwnedFile = std::unique_ptr<FILE, CloseFile>;
+
+// The lines of a stream. A line that does not fit comes in pieces.
+class StreamLines {
+public:
+  explicit StreamLines(FILE *f) : f_(f) {}
+  const char *next() { return fgets(line_, sizeof line_, f_); }
+
+private:
+  FILE *f_;
+  char line_[256];
+};
+
+// The lines of a NUL-terminated text, cut in place at its line feeds. Runs of line feeds make no empty lines.
+class TextLines {
+public:
+  explicit TextLines(char *text) : text_(text), rest_(text) {}
+
+  const char *next() {
+    while (*rest_ == '\n') {
+      *rest_++ = '\0';
+    }
+    if (*rest_ == '\0' || rest_ - text_ >= end_) {
+      return nullptr;
+    }
+    const char *line = rest_;
+    rest_ += strcspn(rest_, "\n");
+    if (*rest_ == '\n') {
+      *rest_++ = '\0';
+    }
+    return line;
+  }
+
+  // From now on no line begins at or after this offset.
+  void stop_at(ptrdiff_t end) { end_ = end; }
+
+private:
+  const char *text_;
+  char *rest_;
+  ptrdiff_t end_ = PTRDIFF_MAX;
+};
+
+using Scan = bool (*)(const char *line, vexo_vector *entry);
+
+bool scan_cube_entry(const char *line, vexo_vector *entry) {
+  vexo_vector v;
+  if (sscanf(line, "%f %f %f", &v.d[0], &v.d[1], &v.d[2]) != 3) {
+    return false;
+  }
+  *entry = v;
+  return true;
+}
+
+bool scan_eecolor_entry(const char *line, vexo_vector *entry) {
+  vexo_vector in;
+  vexo_vector out;
+  if (sscanf(line, "%f %f %f %f %f %f", &in.d[0], &in.d[1], &in.d[2], &out.d[0], &out.d[1], &out.d[2]) != 6) {
+    return false;
+  }
+  *entry = out;
+  return true;
+}
+
+// Fills the table from the lines that hold an entry; the others are skipped.
+template <typename Lines> vexo_3dlut *filled_from(Lines *lines, Scan scan, OwnedLut lut) {
+  return filled(std::move(lut), [lines, scan](vexo_vector *entry) {
+    for (const char *line = lines->next(); line != nullptr; line = lines->next()) {
+      if (scan(line, entry)) {
+        return true;
+      }
+    }
+    return false;
+  });
+}
+
+// The sum of what printf calls returned.
+int characters(long long sum) { return static_cast<int>(std::clamp<long long>(sum, INT_MIN, INT_MAX)); }
+
+} // namespace
+
+// ---- Cube and cfe text
+
+namespace {
+
+using Title = char[256];
+
+// What the lines before the entries say, with the title of a file that has none.
+struct CubeHeader {
+  Title title = "cube";
+  int size = 0;
+};
+
+const char kTitle[] = "TITLE";
+const char kSize[] = "LUT_3D_SIZE";
+
+// What follows the first occurrence of the keyword, or null.
+const char *after(const char *line, const char *keyword) {
+  const char *found = strstr(line, keyword);
+  return found != nullptr ? found + strlen(keyword) : nullptr;
+}
+
+// Reads the quoted text after the keyword; the closing quote may be missing.
+bool read_title(const char *line, Title &title) {
+  const char *text = after(line, kTitle);
+  if (text == nullptr) {
+    return false;
+  }
+  text += strspn(text, " \t\n\v\f\r");
+  if (*text != '"') {
+    return false;
+  }
+  text++;
+  const size_t length = std::min(strcspn(text, "\"\n"), sizeof title - 1);
+  memcpy(title, text, length);
+  title[length] = '\0';
+  return true;
+}
+
+// Reads the number after the keyword; one that is no int becomes 0, which no LUT has.
+bool read_size(const char *line, int *size) {
+  const char *text = after(line, kSize);
+  if (text == nullptr) {
+    return false;
+  }
+  char *end = nullptr;
+  const long long number = strtoll(text, &end, 10);
+  *size = number >= 0 && number <= INT_MAX ? static_cast<int>(number) : 0;
+  return end != text;
+}
+
+long long print_entries(vexo_3dlut *lut, FILE *f) {
+  const NumberLocale locale;
+  long long sum = 0;
+  const size_t count = entry_count(lut);
+  for (size_t i = 0; i < count; i++) {
+    const float(&rgb)[3] = lut->d[i].d;
+    sum += fprintf(f, "%0.8f %0.8f %0.8f\n", static_cast<double>(rgb[0]), static_cast<double>(rgb[1]),
+                   static_cast<double>(rgb[2]));
+  }
+  return sum;
+}
+
+const char *text_or(const char *text, const char *otherwise) { return text != nullptr ? text : otherwise; }
+
+} // namespace
+
+vexo_3dlut *vexo_3dlut_load_cube(FILE *f) {
+  const NumberLocale locale;
+  StreamLines lines(f);
+  CubeHeader header;
+  for (const char *line = lines.next(); line != nullptr; line = lines.next()) {
+    if (line[0] != '#' && !read_title(line, header.title) && read_size(line, &header.size)) {
+      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
+    }
+  }
+  return nullptr;
+}
+
+vexo_3dlut *vexo_3dlut_cube_load_file(const char *path) {
+  const OwnedFile f(fopen(path, "r"));
+  if (f == nullptr) {
+    fprintf(stderr, "open file: %s failed.\n", path);
+    return nullptr;
+  }
+  return vexo_3dlut_load_cube(f.get());
+}
+
+vexo_3dlut *vexo_3dlut_cube_load_buf(char *buf, int len) {
+  const NumberLocale locale;
+  TextLines lines(buf);
+  CubeHeader header;
+  for (const char *line = lines.next(); line != nullptr; line = lines.next()) {
+    if (after(line, kTitle) != nullptr) {
+      read_title(line, header.title);
+    } else if (read_size(line, &header.size)) {
+      lines.stop_at(len);
+      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
+    }
+  }
+  return nullptr;
+}
+
+int vexo_3dlut_dump_cube(vexo_3dlut *lut, FILE *f) {
+  long long sum = fprintf(f, "%s \"%s\"\n", kTitle, text_or(lut->title, ""));
+  sum += fprintf(f, "\n");
+  sum += fprintf(f, "%s %d\n", kSize, lut->size);
+  sum += fprintf(f, "\n");
+  return characters(sum + print_entries(lut, f));
+}
+
+int vexo_3dlut_dump_cfe(vexo_3dlut *lut, FILE *f, const char *model, const char *version) {
+  fprintf(f, "%s %s\n", "LUT_3D_AUTHOR", "Tavrinel");
+  fprintf(f, "%s %s\n", "LUT_3D_MODEL", text_or(model, "KX600"));
+  fprintf(f, "%s %s\n", "LUT_3D_VERSION", text_or(version, "2.0.0"));
+  fprintf(f, "%s %d\n", kSize, lut->size);
+  fprintf(f, "\n");
+  return characters(print_entries(lut, f));
+}
+
+// ---- Codes and packed words
+
+namespace {
+
+// How a value becomes a code, and three codes a word.
+struct Coding {
+  float scale;   // the code of 1.0 before the limit
+  uint32_t most; // the largest code
+  int shift;     // bits from one component to the next
+};
+
+uint32_t all_ones(int nbits) { return (uint32_t{1} << nbits) - 1; }
+
+// Three components of nbits fit into 32 bits.
+bool packable(int nbits) { return nbits >= 1 && nbits <= 10; }
+
+// To nearest, halves away from zero, between 0 and most; a NaN is 0.
+uint32_t code_of(float value, const Coding &coding) {
+  const float code = std::round(coding.scale * value);
+  if (!(code > 0.0F)) {
+    return 0;
+  }
+  return code < static_cast<float>(coding.most) ? static_cast<uint32_t>(code) : coding.most;
+}
+
+uint64_t word_of(const vexo_vector &rgb, const Coding &coding) {
+  const uint64_t red = code_of(rgb.d[0], coding);
+  const uint64_t green = code_of(rgb.d[1], coding);
+  const uint64_t blue = code_of(rgb.d[2], coding);
+  return blue << 2 * coding.shift | green << coding.shift | red;
+}
+
+} // namespace
+
+// ---- Packed binary files
+
+static_assert(sizeof(vexo_dat_3dlut_header) == 128, "the header's image in the file");
+static_assert(offsetof(vexo_dat_3dlut_header, data_cs) == 40 && offsetof(vexo_dat_3dlut_header, nbits) == 64 &&
+                  offsetof(vexo_dat_3dlut_header, reserved) == 84 && offsetof(vexo_dat_3dlut_header, size) == 126,
+              "the header's image in the file");
+
+namespace {
+
+const uint32_t kMagic = 0x42340299;
+const uint32_t kPackedVersion = 0x02000000;
+const uint32_t kWideVersion = 0x03000000;
+const uint32_t kLatticeVersion = 0x01000003;
+const size_t kWordBytes = 4;
+const size_t kWideWordBytes = 8;
+const int kWideDepth = 12;
+const int kWideSize = 33;
+
+// The header's integers lie in the record as in the file, lowest byte first whatever the host's order.
+uint32_t header_integer(const uint32_t &field) {
+  uint8_t byte[4];
+  memcpy(byte, &field, sizeof byte);
+  return uint32_t{byte[0]} | uint32_t{byte[1]} << 8 | uint32_t{byte[2]} << 16 | uint32_t{byte[3]} << 24;
+}
+
+void set_header_integer(uint32_t *field, uint32_t value) {
+  uint8_t byte[4];
+  for (int i = 0; i < 4; i++) {
+    byte[i] = static_cast<uint8_t>(value >> 8 * i & 0xFFU);
+  }
+  memcpy(field, byte, sizeof byte);
+}
+
+// The header's model as a title of its own.
+struct Model {
+  explicit Model(const vexo_dat_3dlut_header &header) { memcpy(text, header.model, sizeof header.model); }
+  char text[sizeof(vexo_dat_3dlut_header::model) + 1] = "";
+};
+
+// A depth beyond int comes out negative, which no format has.
+int depth_of(const vexo_dat_3dlut_header &header) { return static_cast<int>(header_integer(header.nbits)); }
+
+// The components of a word, most significant byte first.
+vexo_vector unpacked(const uint8_t (&byte)[kWordBytes], int nbits) {
+  const uint32_t word = uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
+  const uint32_t mask = all_ones(nbits);
+  const auto full = static_cast<float>(mask);
+  return vexo_vector{{static_cast<float>(word & mask) / full, static_cast<float>(word >> nbits & mask) / full,
+                      static_cast<float>(word >> 2 * nbits & mask) / full}};
+}
+
+// Fills the table from the words that next_word(byte) delivers.
+template <typename NextWord> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, NextWord next_word) {
+  return filled(std::move(lut), [nbits, next_word](vexo_vector *entry) {
+    uint8_t byte[kWordBytes];
+    if (!next_word(byte)) {
+      return false;
+    }
+    *entry = unpacked(byte, nbits);
+    return true;
+  });
+}
+
+size_t write_header(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int size) {
+  vexo_dat_3dlut_header header = {};
+  set_header_integer(&header.magic, kMagic);
+  set_header_integer(&header.ver, version);
+  if (lut->title != nullptr) {
+    memcpy(header.model, lut->title, strnlen(lut->title, sizeof header.model));
+  }
+  set_header_integer(&header.nbits, static_cast<uint32_t>(nbits));
+  header.size = static_cast<uint8_t>(size & 0xFF);
+  return fwrite(&header, sizeof header, 1, f);
+}
+
+size_t write_word(uint64_t word, size_t bytes, FILE *f) {
+  uint8_t byte[kWideWordBytes];
+  for (size_t i = 0; i < bytes; i++) {
+    byte[i] = static_cast<uint8_t>(word >> 8 * (bytes - 1 - i) & 0xFFU);
+  }
+  return fwrite(byte, bytes, 1, f);
+}
+
+int items(size_t count) { return static_cast<int>(std::min<size_t>(count, INT_MAX)); }
+
+int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, const Coding &coding, size_t word_bytes) {
+  size_t written = write_header(lut, f, version, nbits, lut->size);
+  const size_t count = entry_count(lut);
+  for (size_t i = 0; i < count; i++) {
+    written += write_word(word_of(lut->d[i], coding), word_bytes, f);
+  }
+  return items(written);
+}
+
+int floor_log2(int n) {
+  int k = 0;
+  while (n >> (k + 1) > 0) {
+    k++;
+  }
+  return k;
+}
+
+} // namespace
+
+vexo_3dlut *vexo_3dlut_load_dat(FILE *f) {
+  vexo_dat_3dlut_header header;
+  if (fread(&header, sizeof header, 1, f) != 1) {
+    return nullptr;
+  }
+  const uint32_t magic = header_integer(header.magic);
+  if (magic != kMagic) {
+    fprintf(stderr, "magic code error: 0x%08x - 0x08%x\n", magic, kMagic);
+    return nullptr;
+  }
+  const uint32_t version = header_integer(header.ver);
+  const int nbits = depth_of(header);
+  if (version < kPackedVersion || version == kWideVersion || !packable(nbits)) {
+    return nullptr;
+  }
+  const Model model(header);
+  OwnedLut lut = created(header.size, model.text);
+  if (lut == nullptr) {
+    fprintf(stderr, "create 3dlut failed, size = %d, name = %s\n", header.size, model.text);
+    return nullptr;
+  }
+  return filled_from_words(std::move(lut), nbits,
+                           [f](uint8_t(&byte)[kWordBytes]) { return fread(byte, sizeof byte, 1, f) == 1; });
+}
+
+vexo_3dlut *vexo_3dlut_dat_load_file(const char *path) {
+  const OwnedFile f(fopen(path, "rb"));
+  return f != nullptr ? vexo_3dlut_load_dat(f.get()) : nullptr;
+}
+
+vexo_3dlut *vexo_3dlut_dat_load_buf(uint8_t *buf, int len) {
+  vexo_dat_3dlut_header header;
+  if (len < static_cast<int>(sizeof header)) {
+    return nullptr;
+  }
+  memcpy(&header, buf, sizeof header);
+  const int nbits = depth_of(header);
+  if (header_integer(header.magic) != kMagic || !packable(nbits)) {
+    return nullptr;
+  }
+  const uint8_t *word = buf + sizeof header;
+  const uint8_t *const end = buf + len;
+  return filled_from_words(created(header.size, Model(header).text), nbits, [&word, end](uint8_t(&byte)[kWordBytes]) {
+    if (end - word < static_cast<ptrdiff_t>(sizeof byte)) {
+      return false;
+    }
+    memcpy(byte, word, sizeof byte);
+    word += sizeof byte;
+    return true;
+  });
+}
+
+int vexo_3dlut_dump_dat(vexo_3dlut *lut, FILE *f, int nbits) {
+  if (!packable(nbits)) {
+    return -1;
+  }
+  const uint32_t full = all_ones(nbits);
+  return write_table(lut, f, kPackedVersion, nbits, Coding{static_cast<float>(full), full, nbits}, kWordBytes);
+}
+
+int vexo_3dlut_dump_dat_12bit(vexo_3dlut *lut, FILE *f, int nbits) {
+  if (nbits != kWideDepth || lut->size != kWideSize) {
+    return -1;
+  }
+  const uint32_t full = all_ones(nbits);
+  return write_table(lut, f, kWideVersion, nbits, Coding{static_cast<float>(full), full, 16}, kWideWordBytes);
+}
+
+int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
+  const int points = lut->size - 1;
+  if (points < 1 || !packable(nbits) || nbits < floor_log2(points)) {
+    return -1;
+  }
+  const int full = 1 << nbits;
+  const int most = full - (1 << (nbits - floor_log2(points)));
+  fprintf(stderr, "mask = %d, max = %d\n", full, most);
+  const Coding coding = {static_cast<float>(full), static_cast<uint32_t>(most), nbits};
+  size_t written = write_header(lut, f, kLatticeVersion, nbits, points);
+  for (int bi = 0; bi < points; bi++) {
+    for (int gi = 0; gi < points; gi++) {
+      for (int ri = 0; ri < points; ri++) {
+        written += write_word(word_of(*vexo_3dlut_item(lut, bi, gi, ri), coding), kWordBytes, f);
+      }
+    }
+  }
+  return items(written);
+}
+
+// ---- eeColor text, COE memory images, listings
+
+namespace {
+
+// A COE word always leaves ten bits to a component.
+Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), all_ones(nbits), 10}; }
+
+void print_coe_word(vexo_3dlut *lut, FILE *f, const Coding &coding, int bi, int gi, int ri) {
+  const vexo_vector *rgb = vexo_3dlut_item(lut, bi, gi, ri);
+  fprintf(f, "%08x,\n", rgb != nullptr ? static_cast<uint32_t>(word_of(*rgb, coding)) : 0U);
+}
+
+// One memory image: the main block and the last green and red plane, blue indexes from first on.
+void print_coe_image(vexo_3dlut *lut, FILE *f, const Coding &coding, int first) {
+  const int n = lut->size - 1;
+  fputs("memory_initialization_radix=16;\n", f);
+  fputs("memory_initialization_vector=\n\n", f);
+  for (int bi = first; bi < first + n; bi++) {
+    for (int gi = 0; gi < n; gi++) {
+      for (int ri = 0; ri < n; ri++) {
+        print_coe_word(lut, f, coding, bi, gi, ri);
+      }
+    }
+  }
+  for (int ri = 0; ri < 2 * n; ri++) {
+    for (int bi = first; bi < first + n; bi++) {
+      print_coe_word(lut, f, coding, bi, n, ri);
+    }
+  }
+  for (int gi = 0; gi < 2 * n; gi++) {
+    for (int bi = first; bi < first + n; bi++) {
+      print_coe_word(lut, f, coding, bi, gi, n);
+    }
+  }
+}
+
+bool listable(int nbits) { return nbits >= 1 && nbits <= 30; }
+
+// The code as "%d" shows an unsigned one. Nothing limits it to the depth.
+int listed_code(float value, int nbits) {
+  const float code = std::round(static_cast<float>(all_ones(nbits)) * value);
+  if (!(code > 0.0F)) {
+    return 0;
+  }
+  return static_cast<int>(code < 4294967296.0F ? static_cast<uint32_t>(code) : UINT32_MAX);
+}
+
+struct Codes {
+  int red;
+  int green;
+  int blue;
+};
+Codes listed_codes(const vexo_vector &rgb, int nbits) {
+  return Codes{listed_code(rgb.d[0], nbits), listed_code(rgb.d[1], nbits), listed_code(rgb.d[2], nbits)};
+}
+
+long long print_listing_header(const vexo_3dlut *lut, FILE *f, int nbits) {
+  long long sum = fprintf(f, "SIZE: %d\n", lut->size);
+  sum += fprintf(f, "BITS: %d\n", nbits);
+  return sum;
+}
+
+} // namespace
+
+vexo_3dlut *vexo_3dlut_load_eecolor(FILE *f, int size) {
+  const NumberLocale locale;
+  StreamLines lines(f);
+  return filled_from(&lines, scan_eecolor_entry, created(size, nullptr));
+}
+
+vexo_3dlut *vexo_3dlut_eecolor_load_file(const char *path, int size) {
+  const OwnedFile f(fopen(path, "r"));
+  return f != nullptr ? vexo_3dlut_load_eecolor(f.get(), size) : nullptr;
+}
+
+int vexo_3dlut_dump_coe(vexo_3dlut *lut, FILE *f, int nbits) {
+  if (!packable(nbits)) {
+    return -1;
+  }
+  print_coe_image(lut, f, coe_coding(nbits), 0);
+  print_coe_image(lut, f, coe_coding(nbits), 1);
+  return 0;
+}
+
+int vexo_3dlut_dump_debug(vexo_3dlut *lut, FILE *f, int nbits) {
+  if (!listable(nbits)) {
+    return -1;
+  }
+  long long sum = print_listing_header(lut, f, nbits);
+  sum += fprintf(f, "\n%5s,%5s,%5s\t[%4s][%4s][%4s]\n", "red", "green", "blue", "bi", "gi", "ri");
+  for (int bi = 0; bi < lut->size; bi++) {
+    for (int gi = 0; gi < lut->size; gi++) {
+      for (int ri = 0; ri < lut->size; ri++) {
+        const Codes code = listed_codes(*vexo_3dlut_item(lut, bi, gi, ri), nbits);
+        sum += fprintf(f, "%5d,%5d,%5d\t[%4d][%4d][%4d]\n", code.red, code.green, code.blue, bi, gi, ri);
+      }
+    }
+  }
+  return characters(sum);
+}
+
+int vexo_3dlut_dump_1dlut_debug(vexo_3dlut *lut, FILE *f, int nbits) {
+  if (!listable(nbits)) {
+    return -1;
+  }
+  long long sum = print_listing_header(lut, f, nbits);
+  for (int i = 0; i < lut->size; i++) {
+    const Codes code = listed_codes(*vexo_3dlut_item(lut, i, i, i), nbits);
+    sum += fprintf(f, "%5d,%5d,%5d\t[%4d]\n", code.red, code.green, code.blue, i);
+  }
+  return characters(sum);
+}
