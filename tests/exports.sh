@@ -1,6 +1,6 @@
 #!/bin/sh
-# The interface of the built library: it exports exactly the functions of the version script, these are exactly the
-# functions that the headers declare, and it needs nothing but the C library, its mathematics and Expat.
+# The interface of the built library: it exports exactly the names of the version script, these are exactly what
+# the headers declare, and it needs nothing but the C library, its mathematics and Expat.
 # Usage: exports.sh LIBRARY SOURCE_DIR
 set -eu
 library=$1
@@ -20,9 +20,13 @@ differ() { # differ WHAT FILE FILE
 
 sed -n 's/^ *\([A-Za-z_][A-Za-z0-9_]*\);$/\1/p' "$source/src/libvexo.map" | sort >"$work/listed"
 nm -D --defined-only "$library" | awk '{ print $NF }' | sort >"$work/exported"
-# Declarations: what is left of the headers without comments, preprocessor lines and record bodies.
-cat "$source"/include/*.h | sed '/^ *#/d' | tr '\n' ' ' | sed -E 's,/\*([^*]|\*+[^*/])*\*+/,,g; s/\{[^{}]*\}//g' |
-  grep -oE '[A-Za-z_][A-Za-z0-9_]* *\(' | tr -d ' (' | sort -u >"$work/declared"
+# Declarations: what is left of the headers without comments, preprocessor lines, linkage braces and record bodies.
+cat "$source"/include/*.h | sed '/^ *#/d; s/extern "C" {//' | tr '\n' ' ' |
+  sed -E 's,/\*([^*]|\*+[^*/])*\*+/,,g; s/\{[^{}]*\}//g' >"$work/text"
+{
+  grep -oE '[A-Za-z_][A-Za-z0-9_]* *\(' "$work/text" | tr -d ' ('
+  grep -oE 'extern const float [a-z_]+' "$work/text" | sed 's/.* //'
+} | sort -u >"$work/declared"
 test -s "$work/listed" || { echo "no names in libvexo.map"; status=1; }
 differ "in libvexo.map (<) or exported (>) only" "$work/listed" "$work/exported"
 differ "in libvexo.map (<) or declared (>) only" "$work/listed" "$work/declared"

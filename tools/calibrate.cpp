@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "gray-ramp.h"
+#include "lut-set.h"
 #include "output-file.h"
 #include "panel-file.h"
 #include "text.h"
@@ -42,32 +43,6 @@ struct NamedRecipe {
 const NamedRecipe kRecipes[] = {
     {"aligned", vexo_data_alignment, "balances every gray level, then follows the curve"},
     {"direct", vexo_generate_lut, "follows the curve, then scales full white"},
-};
-
-// Three LUTs of one size, freed with the record.
-class LutSet {
-public:
-  explicit LutSet(int size) {
-    for (vexo_lut &lut : luts_) {
-      if (vexo_lut_init_zero(&lut, size) != 0) {
-        throw Failure(kInputError, "out of memory");
-      }
-    }
-  }
-  ~LutSet() {
-    for (vexo_lut &lut : luts_) {
-      vexo_lut_destroy(&lut);
-    }
-  }
-  LutSet(const LutSet &) = delete;
-  LutSet &operator=(const LutSet &) = delete;
-
-  vexo_lut *get() { return luts_; }
-  vexo_lut *begin() { return luts_; }
-  vexo_lut *end() { return luts_ + 3; }
-
-private:
-  vexo_lut luts_[3] = {};
 };
 
 struct Job {
@@ -110,20 +85,12 @@ int run(Recipe recipe, LutSet &luts, vexo *context, Target target) {
   return recipe(luts.get(), context, &target.camera.gamma, &target.system.gamma, &target.white.xyz);
 }
 
-// The context of the bare panel for the measurements as the recipe left them: the direct recipe's tables are just that.
-std::unique_ptr<vexo> bare_panel(const vexo &calibrated, const Target &target) {
-  auto bare = std::make_unique<vexo>();
-  bare->lcnr = calibrated.lcnr;
-  LutSet scratch(kLevels);
-  run(vexo_generate_lut, scratch, bare.get(), target);
-  return bare;
-}
-
 // Limits drives to what the panel has and rounds them to the codes that the file will hold.
 int round_to_codes(LutSet &luts, int bits) {
   const float max_code = static_cast<float>((1 << bits) - 1);
   int limited = 0;
-  for (vexo_lut &lut : luts) {
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
     for (int i = 0; i < lut.size; i++) {
       if (!std::isfinite(lut.d[i])) {
         throw Failure(kInputError, format("no drive can be computed for input %d of %d", i, lut.size - 1));
@@ -212,7 +179,7 @@ void calibrate(const CalibrateOptions &options) {
   }
   const int limited = round_to_codes(written, job.bits);
 
-  const auto bare = bare_panel(*context, job.target);
+  const auto bare = bare_context(context->lcnr);
   vexo_vector gains;
   vexo_vector white = job.target.white.xyz;
   vexo_peak_white_adjust(&gains, bare.get(), &white);

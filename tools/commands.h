@@ -8,5 +8,9 @@ class App;
 }
 
 void add_calibrate(CLI::App &app);
+void add_colour(CLI::App &app); // color, delta, space, dci
+void add_csc(CLI::App &app);
+void add_gray(CLI::App &app);
+void add_lut3d(CLI::App &app);
 
 #endif

@@ -41,6 +41,40 @@ const NamedCurve kCurves[] = {
     {"dci", {0.0F, 0.0F, 1.0F / 2.6F, 0.0F}},            // SMPTE ST 428-1
 };
 
+struct NamedSpace {
+  const char *name;
+  float primaries[4][2]; // red, green, blue, white
+};
+
+const NamedSpace kSpaces[] = {
+    {"bt709", {{0.640F, 0.330F}, {0.300F, 0.600F}, {0.150F, 0.060F}, {0.3127F, 0.3290F}}},
+    {"bt2020", {{0.708F, 0.292F}, {0.170F, 0.797F}, {0.131F, 0.046F}, {0.3127F, 0.3290F}}},
+    {"p3-dci", {{0.680F, 0.320F}, {0.265F, 0.690F}, {0.150F, 0.060F}, {0.3140F, 0.3510F}}}, // SMPTE RP 431-2
+    {"p3-d65", {{0.680F, 0.320F}, {0.265F, 0.690F}, {0.150F, 0.060F}, {0.3127F, 0.3290F}}}, // SMPTE EG 432-1
+    {"bt601-525", {{0.630F, 0.340F}, {0.310F, 0.595F}, {0.155F, 0.070F}, {0.3127F, 0.3290F}}},
+    {"bt601-625", {{0.640F, 0.330F}, {0.290F, 0.600F}, {0.150F, 0.060F}, {0.3127F, 0.3290F}}},
+    {"adobe", {{0.640F, 0.330F}, {0.210F, 0.710F}, {0.150F, 0.060F}, {0.3127F, 0.3290F}}}, // Adobe RGB (1998)
+    {"srgb", {{0.640F, 0.330F}, {0.300F, 0.600F}, {0.150F, 0.060F}, {0.3127F, 0.3290F}}},  // IEC 61966-2-1
+};
+
+struct NamedRange {
+  const char *name;
+  bool ycbcr;
+  color_range range;
+};
+
+const NamedRange kRanges[] = {
+    {"video", false, RGB_VIDEO_RANGE},
+    {"video", true, YCBCR_VIDEO_RANGE},
+    {"full", false, RGB_GRAPHIC_RANGE},
+    {"graphic", false, RGB_GRAPHIC_RANGE},
+    {"full", true, YCBCR_FULL_RANGE},
+    {"extended", false, RGB_EXTENDED_RANGE},
+    {"extended", true, YCBCR_EXTENDED_RANGE},
+    {"smpte-full", false, RGB_SMPTE_FULL_RANGE},
+    {"smpte-full", true, YCBCR_SMPTE_FULL_RANGE},
+};
+
 std::string lower(std::string text) {
   for (char &c : text) {
     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -79,17 +113,25 @@ std::optional<float> number(const std::string &text) {
   return value;
 }
 
+std::vector<std::string> split(const std::string &text, char separator) {
+  std::vector<std::string> parts;
+  for (size_t begin = 0; begin <= text.size();) {
+    const size_t end = std::min(text.find(separator, begin), text.size());
+    parts.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return parts;
+}
+
 // Numbers separated by commas; empty when any is not one.
 std::vector<float> numbers(const std::string &text) {
   std::vector<float> values;
-  for (size_t begin = 0; begin <= text.size();) {
-    const size_t end = std::min(text.find(',', begin), text.size());
-    const auto value = number(text.substr(begin, end - begin));
+  for (const std::string &part : split(text, ',')) {
+    const auto value = number(part);
     if (!value) {
       return {};
     }
     values.push_back(*value);
-    begin = end + 1;
   }
   return values;
 }
@@ -98,6 +140,27 @@ std::vector<float> numbers(const std::string &text) {
                          const std::string &hint = "") {
   throw Failure(kUsageError, option + " '" + text + "': expected " + expected +
                                  (hint.empty() ? "" : "; did you mean " + hint + "?"));
+}
+
+// Reads the components in the order they travel, each exactly once.
+bool parse_order(const std::string &text, bool ycbcr, int order[3]) {
+  const char *const names[2][3] = {{"r", "g", "b"}, {"y", "cb", "cr"}};
+  size_t at = 0;
+  bool seen[3] = {false, false, false};
+  for (int i = 0; i < 3; i++) {
+    int component = 0;
+    while (component < 3 && (seen[component] || text.compare(at, std::string(names[ycbcr][component]).size(),
+                                                             names[ycbcr][component]) != 0)) {
+      component++;
+    }
+    if (component == 3) {
+      return false;
+    }
+    seen[component] = true;
+    order[i] = component;
+    at += std::string(names[ycbcr][component]).size();
+  }
+  return at == text.size();
 }
 
 size_t edit_distance(const std::string &a, const std::string &b) {
@@ -127,12 +190,36 @@ int parse_integer(const std::string &option, const std::string &text, int min, i
   return value;
 }
 
+float parse_number(const std::string &option, const std::string &text) {
+  const auto value = number(text);
+  if (!value) {
+    reject(option, text, "a number, with a decimal point");
+  }
+  return *value;
+}
+
 float parse_positive(const std::string &option, const std::string &text) {
   const auto value = number(text);
   if (!value || !(*value > 0.0F)) {
     reject(option, text, "a number above 0, with a decimal point");
   }
   return *value;
+}
+
+float parse_not_negative(const std::string &option, const std::string &text) {
+  const auto value = number(text);
+  if (!value || !(*value >= 0.0F)) {
+    reject(option, text, "a number not below 0, with a decimal point");
+  }
+  return *value;
+}
+
+vexo_vector parse_triple(const std::string &option, const std::string &text) {
+  const std::vector<float> values = numbers(text);
+  if (values.size() != 3) {
+    reject(option, text, "three numbers separated by commas, with decimal points");
+  }
+  return vexo_vector{{values[0], values[1], values[2]}};
 }
 
 White parse_white(const std::string &option, const std::string &text) {
@@ -175,6 +262,47 @@ Curve parse_curve(const std::string &option, const std::string &text) {
          nearest(text, names_of(kCurves)));
 }
 
+Space parse_space(const std::string &option, const std::string &text) {
+  Space space = {text, {}};
+  float primaries[4][2];
+  if (const NamedSpace *named = find_name(kSpaces, text)) {
+    space.name = named->name;
+    std::copy_n(&named->primaries[0][0], 8, &primaries[0][0]);
+  } else {
+    const std::vector<float> values = numbers(text);
+    if (values.size() != 8) {
+      reject(option, text, "one of " + space_names() + ", or the chromaticities rx,ry,gx,gy,bx,by,wx,wy",
+             nearest(text, names_of(kSpaces)));
+    }
+    std::copy_n(values.data(), 8, &primaries[0][0]);
+  }
+  if (vexo_cs_init(&space.cs, primaries) != 0) {
+    reject(option, text, "primaries that span a triangle and a white with y above 0");
+  }
+  return space;
+}
+
+Signal parse_signal(const std::string &option, const std::string &text) {
+  const std::string expected = "FORMAT:RANGE:BITS[:ORDER], such as ycbcr:video:10 or rgb:full:12:gbr";
+  const std::vector<std::string> parts = split(lower(text), ':');
+  if (parts.size() < 3 || parts.size() > 4 || (parts[0] != "rgb" && parts[0] != "ycbcr")) {
+    reject(option, text, expected);
+  }
+  Signal signal = {text, parts[0] == "ycbcr", RGB_GRAPHIC_RANGE, 0, {0, 1, 2}};
+  const auto range = std::find_if(std::begin(kRanges), std::end(kRanges),
+                                  [&](const NamedRange &r) { return r.ycbcr == signal.ycbcr && parts[1] == r.name; });
+  if (range == std::end(kRanges)) {
+    reject(option, text, "a range of video full extended smpte-full (graphic is the RGB name of full)");
+  }
+  signal.range = range->range;
+  signal.bits = parse_integer(option + " bits", parts[2], 8, 30);
+  if (parts.size() == 4 && !parse_order(parts[3], signal.ycbcr, signal.order)) {
+    reject(option, text,
+           signal.ycbcr ? "an order of y, cb and cr, such as cbycr" : "an order of r, g and b, such as gbr");
+  }
+  return signal;
+}
+
 std::string describe(const Curve &curve) {
   const vexo_gamma &g = curve.gamma;
   return format("%s (slope %.9g, transition %.9g, gamma %.9g, offset %.9g)", curve.name.c_str(),
@@ -183,6 +311,8 @@ std::string describe(const Curve &curve) {
 }
 
 std::string white_names() { return join(names_of(kWhites)); }
+
+std::string space_names() { return join(names_of(kSpaces)); }
 
 std::string curve_names() { return join(names_of(kCurves)); }
 

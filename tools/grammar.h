@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "vexo-cs.h"
+#include "vexo-csc.h"
 #include "vexo-gamma.h"
 #include "vexo-matrix.h"
 
@@ -12,7 +14,12 @@
 
 int parse_integer(const std::string &option, const std::string &text, int min, int max);
 
+float parse_number(const std::string &option, const std::string &text);
 float parse_positive(const std::string &option, const std::string &text);
+float parse_not_negative(const std::string &option, const std::string &text);
+
+// Three numbers separated by commas.
+vexo_vector parse_triple(const std::string &option, const std::string &text);
 
 struct White {
   std::string name; // as the user gave it
@@ -30,6 +37,25 @@ struct Curve {
 // A curve's name, an exponent, or "slope,transition,gamma,offset".
 Curve parse_curve(const std::string &option, const std::string &text);
 
+struct Space {
+  std::string name; // as the user gave it
+  vexo_cs cs;
+};
+
+// A colour space's name, or the chromaticities "rx,ry,gx,gy,bx,by,wx,wy".
+Space parse_space(const std::string &option, const std::string &text);
+
+struct Signal {
+  std::string name; // as the user gave it
+  bool ycbcr;       // else RGB
+  color_range range;
+  int bits;
+  int order[3]; // order[i]: the component (0 R or Y, 1 G or Cb, 2 B or Cr) that travels i-th
+};
+
+// "FORMAT:RANGE:BITS[:ORDER]", such as ycbcr:video:10 or rgb:full:12:gbr.
+Signal parse_signal(const std::string &option, const std::string &text);
+
 // The power law y = x^exponent.
 Curve power_curve(float exponent, const std::string &name);
 
@@ -38,6 +64,7 @@ std::string describe(const Curve &curve);
 
 std::string white_names();
 std::string curve_names();
+std::string space_names();
 
 // The candidate that text most likely meant, or an empty string when none is near.
 std::string nearest(const std::string &text, const std::vector<std::string> &candidates);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "lut-set.h"
 #include "vexo-cs.h"
 
 namespace {
@@ -14,6 +15,20 @@ float uv_distance(vexo_vector xyY, vexo_vector reference_xyY) {
 }
 
 } // namespace
+
+// The direct recipe leaves just that context behind, whatever its curves and target.
+std::unique_ptr<vexo> bare_context(const vexo_lcnr &lcnr) {
+  auto context = std::make_unique<vexo>();
+  context->lcnr = lcnr;
+  LutSet scratch(1024);
+  vexo_gamma linear;
+  vexo_gamma_init(&linear, 1.0F);
+  vexo_vector target = {{1.0F, 1.0F, 1.0F}};
+  if (vexo_generate_lut(scratch.get(), context.get(), &linear, &linear, &target) != 0) {
+    return nullptr;
+  }
+  return context;
+}
 
 float target_light(const Target &target, float input) {
   vexo_gamma camera = target.camera.gamma;

@@ -2,10 +2,14 @@
 #ifndef VEXO_TOOLS_GRAY_RAMP_H
 #define VEXO_TOOLS_GRAY_RAMP_H
 
+#include <memory>
 #include <vector>
 
 #include "grammar.h"
 #include "vexo.h"
+
+// A context whose tables describe the bare panel; null when the library makes none of these measurements.
+std::unique_ptr<vexo> bare_context(const vexo_lcnr &lcnr);
 
 // What the gray ramp should follow.
 struct Target {

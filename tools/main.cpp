@@ -14,29 +14,26 @@ namespace {
 
 // "; did you mean WORD?" for the first word of the command line that is no command or option but close to one.
 std::string hint(const CLI::App &app, const std::vector<std::string> &words) {
-  std::vector<std::string> known;
   const CLI::App *scope = &app;
-  for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
-    known.push_back(command->get_name());
-    if (!words.empty() && words[0] == command->get_name()) {
-      scope = command;
+  for (const std::string &typed : words) {
+    const std::string word = typed.substr(0, typed.find('='));
+    std::vector<std::string> known;
+    const CLI::App *entered = nullptr;
+    for (const CLI::App *command : scope->get_subcommands([](const CLI::App *) { return true; })) {
+      known.push_back(command->get_name());
+      entered = command->get_name() == word ? command : entered;
     }
-  }
-  if (scope != &app) {
-    known.clear();
-  }
-  for (const CLI::Option *option : scope->get_options()) {
-    for (const std::string &name : option->get_lnames()) {
-      known.push_back("--" + name);
-    }
-  }
-  for (size_t i = scope == &app ? 0 : 1; i < words.size(); i++) {
-    const std::string word = words[i].substr(0, words[i].find('='));
-    if (std::find(known.begin(), known.end(), word) != known.end()) {
+    if (entered != nullptr) {
+      scope = entered;
       continue;
     }
+    for (const CLI::Option *option : scope->get_options()) {
+      for (const std::string &name : option->get_lnames()) {
+        known.push_back("--" + name);
+      }
+    }
     const std::string meant = nearest(word, known);
-    if (!meant.empty()) {
+    if (!meant.empty() && meant != word) {
       return "; did you mean " + meant + "?";
     }
   }
@@ -53,6 +50,10 @@ int run(int argc, char **argv) {
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
   add_calibrate(app);
+  add_gray(app);
+  add_lut3d(app);
+  add_csc(app);
+  add_colour(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success &help) {

@@ -166,6 +166,9 @@ bool mixes(vexo_vector XYZ) {
 } // namespace
 
 Panel read_panel(const std::string &path) {
+  if (path == "-") {
+    throw Failure(kUsageError, "a panel is read from a file, not from standard input");
+  }
   const Scan scan = read_elements(path);
   const std::vector<Element> &elements = scan.elements;
   if (scan.count == 0) {
