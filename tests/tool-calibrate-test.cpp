@@ -1,62 +1,14 @@
 // The command-line tool as a user runs it: results, messages, exit codes, and files that are never half written.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tool.h"
+
 namespace {
-
-std::string contents(const std::string &path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-void save(const std::string &path, const std::string &text) { std::ofstream(path, std::ios::binary) << text; }
-
-struct Result {
-  int code;
-  std::string out;
-  std::string err;
-};
-
-// Runs the tool in a folder of its own, where "panel.xml" is the sample panel.
-class Tool : public testing::Test {
-protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/vexo tool.XXXXXX"; // with a space, as folders may have
-    folder_ = mkdtemp(pattern);
-    save(path("panel.xml"), contents(VEXO_EXAMPLES "/sample-panel.xml"));
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
-  std::string path(const std::string &name) const { return folder_ + "/" + name; }
-
-  // before: shell commands that set the stage.
-  Result run(const std::string &arguments, const std::string &before = "") const {
-    const std::string command = "cd '" + folder_ + "' && " + before + " '" VEXO_TOOL "' " + arguments + " >out 2>err";
-    const int status = std::system(command.c_str());
-    return Result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(path("out")), contents(path("err"))};
-  }
-
-  // How many files a test and its runs left in the folder.
-  long files() const {
-    const std::filesystem::directory_iterator entries(folder_);
-    return std::distance(begin(entries), end(entries));
-  }
-
-  std::string folder_;
-};
-
-bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
 
 std::vector<std::vector<int>> codes(const std::string &text) {
   std::vector<std::vector<int>> rows;
