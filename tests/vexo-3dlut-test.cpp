@@ -100,7 +100,8 @@ std::string eight_dat() {
 }
 
 TEST(Lut3d, CreationAndTitle) {
-  for (const int size : {0, -1, INT_MIN, INT_MAX, 1 << 21, 1200000}) { // 12 size^3 has no bytes, or wraps
+  const int wraps = sizeof(size_t) == 4 ? 711 : 1128104270; // 12 size^3 bytes wrap to what could be allocated
+  for (const int size : {0, -1, INT_MIN, INT_MAX, 1 << 21, wraps}) {
     EXPECT_EQ(vexo_3dlut_create(size, "x"), nullptr) << size;
   }
   const Lut lut(vexo_3dlut_create(17, nullptr));
@@ -208,6 +209,26 @@ TEST(Lut3dResampling, EqualSizesAndSinglePointsCopy) {
   EXPECT_EQ(vexo_3dlut_dup(src.get(), -1, nullptr), nullptr);
 }
 
+// Positions are quotients of single-precision numbers: neither a product with the inverse scale nor the exact quotient
+// gives all of these fractions. A source that steps from 0 to 1 shows them.
+TEST(Lut3dResampling, FractionsBitByBit) {
+  const struct {
+    int from, to, i, lower;
+    uint32_t fraction;
+  } cases[] = {
+      {5, 8, 3, 1, 0x3f36db6e}, {9, 16, 14, 7, 0x3eeeeef0}, {8, 20, 11, 4, 0x3d579480}, {8, 17, 7, 3, 0x3d7fffc0}};
+  for (const auto &c : cases) {
+    const auto step = [&](int i) { return i > c.lower ? 1.0F : 0.0F; };
+    const Lut src = table(c.from, nullptr, [&](int bi, int gi, int ri) {
+      return vexo_vector{{step(ri), step(gi), step(bi)}};
+    });
+    const Lut dst(vexo_3dlut_dup(src.get(), c.to, nullptr));
+    EXPECT_EQ(bits(vexo_3dlut_item(dst.get(), 0, 0, c.i)->d[0]), c.fraction) << c.from << " to " << c.to;
+    EXPECT_EQ(bits(vexo_3dlut_item(dst.get(), 0, c.i, 0)->d[1]), c.fraction) << c.from << " to " << c.to;
+    EXPECT_EQ(bits(vexo_3dlut_item(dst.get(), c.i, 0, 0)->d[2]), c.fraction) << c.from << " to " << c.to;
+  }
+}
+
 // In single precision the last of 17 points falls on 6.9999995 of 8 source points, the last of 20 on 7.0000005. The
 // first is still interpolated, with the bits below; the second is the source's last entry and reads nothing beyond.
 TEST(Lut3dResampling, LastIndexBesideTheGrid) {
@@ -224,7 +245,7 @@ TEST(Lut3dResampling, LastIndexBesideTheGrid) {
   EXPECT_EQ(std::vector<float>(v->d, v->d + 3), (std::vector<float>{2.0F, 1.0F / 3.0F, 2.0F}));
 }
 
-// Words "hh" of red codes, with the lines of an image around them.
+// An image of words with the red codes "hh".
 std::string coe_image(const std::string &codes) {
   std::string image = "memory_initialization_radix=16;\nmemory_initialization_vector=\n\n";
   for (size_t i = 0; i < codes.size(); i += 2) {
@@ -243,7 +264,6 @@ TEST(Lut3dFiles, EveryByteWritten) {
   const std::string cfe = "\nLUT_3D_SIZE 2\n\n" + entries;
   const std::string list = "SIZE: 2\nBITS: 10\n";
   const std::string image = coe_image("");
-  const std::string last_line = "  895,  575,  368\t[   1]";
   const Lut lut = eight();
   const Lut untitled = eight(nullptr);
   const Lut point = filled(1, {{1.0F, 1.0F, 1.0F}});
@@ -280,15 +300,8 @@ TEST(Lut3dFiles, EveryByteWritten) {
            "140c0200,\n160a0300,\n17090380,\n150b0280,\n17090380,\n",
        ""},
       {ramp, with(vexo_3dlut_dump_coe, 10), 0, // the main block, the green and the red face, each face past the table
-       coe_image("000103040"
-                 "90a0c0d"
-                 "060f071008110000"
-                 "020b050e08110000") +
-           coe_image("090a0c0d"
-                     "12131516"
-                     "0f18101911"
-                     "1a0000"
-                     "0b140e17111a0000"),
+       coe_image("00010304090a0c0d060f071008110000020b050e08110000") +
+           coe_image("090a0c0d121315160f181019111a00000b140e17111a0000"),
        ""},
       {point, with(vexo_3dlut_dump_coe, 10), 0, image + image, ""},
       {lut, with(vexo_3dlut_dump_debug, 10), characters,
@@ -368,6 +381,11 @@ TEST(Lut3dFiles, ValuesBecomeCodes) {
     EXPECT_EQ(printed([&](FILE *f) { vexo_3dlut_dump_1dlut_debug(lut.get(), f, 10); }).substr(17, 12),
               (std::string(c.listed) + ",    0," + c.listed + "\t[   0]").substr(0, 12));
   }
+}
+
+TEST(Lut3dFiles, CoeFieldsHaveTenBitsAtAnyDepth) {
+  EXPECT_EQ(printed([](FILE *f) { vexo_3dlut_dump_coe(eight().get(), f, 8); }).substr(63, 20),
+            "0403fc00,\n04838040,\n");
 }
 
 TEST(Lut3dFiles, RoundTrips) {
@@ -539,15 +557,15 @@ TEST(Lut3dFiles, Paths) {
   EXPECT_EQ(vexo_3dlut_eecolor_load_file(path.c_str(), 2), nullptr);
   EXPECT_EQ(GetCapturedStderr(), "open file: " + path + " failed.\n");
   EXPECT_EQ(vexo_3dlut_cube_load_file(folder.file("").c_str()), nullptr); // a folder opens and cannot be read
-  const auto stored = [&](const std::string &bytes) {
-    FILE *f = fopen(path.c_str(), "wb");
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
-    return path.c_str();
-  };
-  EXPECT_NE(Lut(vexo_3dlut_cube_load_file(stored(std::string("LUT_3D_SIZE 2\n") + kEntries))), nullptr);
-  EXPECT_NE(Lut(vexo_3dlut_eecolor_load_file(stored("0 0 0 1 2 3\n"), 1)), nullptr);
-  EXPECT_NE(Lut(vexo_3dlut_dat_load_file(stored(eight_dat()))), nullptr);
+  FILE *f = fopen(path.c_str(), "wb"); // three files in one: each reader finds its own
+  const std::string all = eight_dat() + "\nLUT_3D_SIZE 1\n4 5 6 1 2 3\n";
+  fwrite(all.data(), 1, all.size(), f);
+  fclose(f);
+  EXPECT_EQ(components(Lut(vexo_3dlut_dat_load_file(path.c_str())).get()),
+            components(dat_of_buffer(eight_dat()).get()));
+  EXPECT_EQ(components(Lut(vexo_3dlut_cube_load_file(path.c_str())).get()), (std::vector<float>{4.0F, 5.0F, 6.0F}));
+  EXPECT_EQ(components(Lut(vexo_3dlut_eecolor_load_file(path.c_str(), 1)).get()),
+            (std::vector<float>{1.0F, 2.0F, 3.0F}));
 }
 
 TEST(Lut3dText, DecimalCommaLocaleChangesNothing) {
