@@ -19,7 +19,8 @@ struct Format {
   int max_bits;
   int default_bits;
   int min_size;
-  int max_size; // 0: no limit
+  int max_size;       // 0: no limit
+  size_t title_limit; // 0: none
   void (*write)(vexo_3dlut *lut, std::FILE *f, int bits);
 };
 
@@ -34,11 +35,11 @@ void write_debug_gray(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump
 
 // The packed header holds the size in a byte.
 const Format kFormats[] = {
-    {"cube", ".cube", 0, 0, 0, 1, 0, write_cube},          {"cfe", ".cfe", 0, 0, 0, 1, 0, write_cfe},
-    {"dat", ".dat", 1, 10, 10, 1, 255, write_dat},         {"dat12", "", 12, 12, 12, 33, 33, write_dat12},
-    {"dat-old", "", 1, 10, 10, 2, 256, write_dat_old},     {"eecolor", ".txt", 0, 0, 0, 1, 0, nullptr},
-    {"coe", ".coe", 1, 10, 10, 2, 0, write_coe},           {"debug", "", 1, 30, 10, 1, 0, write_debug},
-    {"debug-gray", "", 1, 30, 10, 1, 0, write_debug_gray},
+    {"cube", ".cube", 0, 0, 0, 1, 0, 0, write_cube},          {"cfe", ".cfe", 0, 0, 0, 1, 0, 0, write_cfe},
+    {"dat", ".dat", 1, 10, 10, 1, 255, 16, write_dat},        {"dat12", "", 12, 12, 12, 33, 33, 16, write_dat12},
+    {"dat-old", "", 1, 10, 10, 2, 256, 16, write_dat_old},    {"eecolor", ".txt", 0, 0, 0, 1, 0, 0, nullptr},
+    {"coe", ".coe", 1, 10, 10, 2, 0, 0, write_coe},           {"debug", "", 1, 30, 10, 1, 0, 0, write_debug},
+    {"debug-gray", "", 1, 30, 10, 1, 0, 0, write_debug_gray},
 };
 
 bool ends_with(const std::string &text, const std::string &end) {
@@ -320,6 +321,11 @@ void check_output(const Lut3dOutput &output, int size) {
 void write_lut3d(const Lut3dOutput &output, vexo_3dlut *lut) {
   check_output(output, vexo_3dlut_size(lut));
   const Format &format = find_format("--to", output.format, output.path);
+  const char *title = vexo_3dlut_title(lut);
+  if (format.title_limit > 0 && title != nullptr && std::strlen(title) > format.title_limit) {
+    std::fprintf(stderr, "vexo: warning: the title '%s' is cut to the %zu characters that the format %s carries\n",
+                 title, format.title_limit, format.name);
+  }
   OutputFile file(output.path);
   format.write(lut, file.stream(), output.bits > 0 ? output.bits : format.default_bits);
   file.commit();
