@@ -33,7 +33,8 @@ void write_coe(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_coe(lu
 void write_debug(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_debug(lut, f, bits); }
 void write_debug_gray(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_1dlut_debug(lut, f, bits); }
 
-// The packed header holds the size in a byte.
+// Name, extension; bits from, to, default; size from, to; characters of the title; writer. The packed header holds the
+// size in a byte.
 const Format kFormats[] = {
     {"cube", ".cube", 0, 0, 0, 1, 0, 0, write_cube},          {"cfe", ".cfe", 0, 0, 0, 1, 0, 0, write_cfe},
     {"dat", ".dat", 1, 10, 10, 1, 255, 16, write_dat},        {"dat12", "", 12, 12, 12, 33, 33, 16, write_dat12},
