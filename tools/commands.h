@@ -3,6 +3,8 @@
 #ifndef VEXO_TOOLS_COMMANDS_H
 #define VEXO_TOOLS_COMMANDS_H
 
+#include <string>
+
 namespace CLI {
 class App;
 }
@@ -12,5 +14,6 @@ void add_colour(CLI::App &app); // color, delta, space, dci
 void add_csc(CLI::App &app);
 void add_gray(CLI::App &app);
 void add_lut3d(CLI::App &app);
+void add_report(CLI::App &app, const std::string &command_line); // as the user typed it
 
 #endif

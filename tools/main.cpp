@@ -45,11 +45,25 @@ int report(const Failure &failure) {
   return failure.code;
 }
 
+// The command line as a shell would take it.
+std::string command_line(int argc, char **argv) {
+  std::string line = "vexo";
+  for (int i = 1; i < argc; i++) {
+    const std::string word = argv[i];
+    const bool plain = !word.empty() && word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                                               "0123456789_-+=:,./@%") == std::string::npos;
+    line += " ";
+    line += plain ? word : "'" + word + "'";
+  }
+  return line;
+}
+
 int run(int argc, char **argv) {
   CLI::App app("Colour science and display calibration", "vexo");
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
   add_calibrate(app);
+  add_report(app, command_line(argc, argv));
   add_gray(app);
   add_lut3d(app);
   add_csc(app);
