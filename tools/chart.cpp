@@ -10,7 +10,8 @@ namespace {
 
 const double kWidth = 640.0;
 const double kHeight = 340.0;
-const double kLeft = 64.0; // margins around the plot
+const double kSquareHeight = 560.0; // where one unit is as long on both axes
+const double kLeft = 64.0;          // margins around the plot
 const double kRight = 16.0;
 const double kTop = 12.0;
 const double kBottom = 44.0;
@@ -66,14 +67,15 @@ double tick_step(const Range &range, int wanted) {
 class Plot {
 public:
   explicit Plot(const Chart &chart)
-      : chart_(chart), x_(axis_range(chart, chart.x, false)), y_(axis_range(chart, chart.y, true)) {
+      : chart_(chart), total_height_(chart.square ? kSquareHeight : kHeight), x_(axis_range(chart, chart.x, false)),
+        y_(axis_range(chart, chart.y, true)) {
     if (chart.square) {
       make_square();
     }
   }
 
   std::string svg() {
-    out_ = format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-labelledby=\"%s-t %s-d\">\n", kWidth, kHeight,
+    out_ = format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-labelledby=\"%s-t %s-d\">\n", kWidth, total_height_,
                   chart_.id.c_str(), chart_.id.c_str());
     out_ += "<title id=\"" + chart_.id + "-t\">" + escaped(chart_.title) + "</title>\n";
     out_ += "<desc id=\"" + chart_.id + "-d\">" + escaped(chart_.summary) + "</desc>\n";
@@ -81,16 +83,16 @@ public:
                    chart_.id.c_str(), kLeft, kTop, width(), height());
     shade();
     axes();
-    references();
     for (const ChartSeries &series : chart_.series) {
       draw(series);
     }
+    references();
     return out_ + "</svg>\n";
   }
 
 private:
   static double width() { return kWidth - kLeft - kRight; }
-  static double height() { return kHeight - kTop - kBottom; }
+  double height() const { return total_height_ - kTop - kBottom; }
   double px(double x) const { return kLeft + (x - x_.low) / (x_.high - x_.low) * width(); }
   double py(double y) const { return kTop + (y_.high - y) / (y_.high - y_.low) * height(); }
   bool inside(const ChartPoint &p) const { return p.x >= x_.low && p.x <= x_.high && p.y >= y_.low && p.y <= y_.high; }
@@ -121,7 +123,7 @@ private:
       out_ += format("<line class=\"grid\" x1=\"%.2f\" y1=\"%g\" x2=\"%.2f\" y2=\"%g\"/>", px(x), kTop, px(x),
                      kTop + height());
       out_ += format("<text class=\"tick\" x=\"%.2f\" y=\"%g\" text-anchor=\"middle\">%.6g</text>\n", px(x),
-                     kTop + height() + 16.0, tidy(x, x_step));
+                     kTop + height() + 20.0, tidy(x, x_step));
     }
     const double y_step = tick_step(y_, 6);
     for (double y = std::ceil(y_.low / y_step - 1e-9) * y_step; y <= y_.high + y_step * 1e-9; y += y_step) {
@@ -131,7 +133,7 @@ private:
                      py(y) + 4.0, tidy(y, y_step));
     }
     out_ += format("<text class=\"label\" x=\"%g\" y=\"%g\" text-anchor=\"middle\">%s</text>\n", kLeft + 0.5 * width(),
-                   kHeight - 8.0, escaped(chart_.x.label).c_str());
+                   total_height_ - 8.0, escaped(chart_.x.label).c_str());
     out_ +=
         format("<text class=\"label\" transform=\"translate(14 %g) rotate(-90)\" text-anchor=\"middle\">%s</text>\n",
                kTop + 0.5 * height(), escaped(chart_.y.label).c_str());
@@ -145,7 +147,7 @@ private:
       if (reference.y >= y_.low && reference.y <= y_.high) {
         out_ += format("<line class=\"reference\" x1=\"%g\" y1=\"%.2f\" x2=\"%g\" y2=\"%.2f\"/>", kLeft,
                        py(reference.y), kLeft + width(), py(reference.y));
-        out_ += format("<text class=\"tick\" x=\"%g\" y=\"%.2f\" text-anchor=\"end\">%s</text>\n",
+        out_ += format("<text class=\"tick note\" x=\"%g\" y=\"%.2f\" text-anchor=\"end\">%s</text>\n",
                        kLeft + width() - 4.0, py(reference.y) - 4.0, escaped(reference.label).c_str());
       }
     }
@@ -180,6 +182,7 @@ private:
   }
 
   const Chart &chart_;
+  double total_height_;
   Range x_;
   Range y_;
   std::string out_;

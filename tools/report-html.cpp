@@ -34,13 +34,14 @@ dl { display: grid; grid-template-columns: minmax(8rem, max-content) minmax(0, 1
 dt { color: var(--soft); } dd { margin: 0; }
 .pass { color: var(--target); } .fail { color: var(--red); font-weight: bold; }
 svg text { fill: var(--ink); font: 12px system-ui, sans-serif; } svg .tick { fill: var(--soft); }
+svg .note { paint-order: stroke; stroke: var(--paper); stroke-width: 4px; stroke-linejoin: round; }
 svg .grid { stroke: var(--line); stroke-width: 1; } svg .reference { stroke: var(--soft); stroke-dasharray: 2 4; }
 svg .shade { fill: var(--shade); } svg path { fill: none; stroke: currentColor; stroke-width: 2; }
 svg .point { fill: transparent; } svg .point:hover { fill: currentColor; } svg .mark { fill: currentColor; stroke: var(--paper); }
 .before { color: var(--before); } .after { color: var(--after); } .measured { color: var(--measured); }
 .target { color: var(--target); } .red { color: var(--red); } .green { color: var(--green); } .blue { color: var(--blue); }
 .outline { color: var(--soft); } .white { color: var(--ink); }
-svg .before path, svg.before path { stroke-dasharray: 7 4; } svg .target path, svg.target path { stroke-dasharray: 2 6; stroke-width: 3; }
+svg .before path, svg.before path { stroke-dasharray: 7 4; } svg .measured path, svg.measured path { stroke-dasharray: 12 3 2 3; } svg .target path, svg.target path { stroke-dasharray: 2 6; stroke-width: 3; }
 @media print { body { max-width: none; padding: 0; font-size: 10pt; } @page { size: A4; margin: 15mm; }
   .charts { grid-template-columns: 1fr 1fr; gap: 8mm 6mm; } .scroll { overflow: visible; } table { font-size: 7pt; }
   th, td { padding: .1rem .2rem; } }
