@@ -31,8 +31,8 @@ double number_after(const std::string &text, const std::string &label, int skip)
 } // namespace
 
 TEST_F(Tool, CalibratesTheSamplePanel) {
-  for (const char *options : {"", "--recipe direct", "--white 0.2990,0.3149 --gamma 2.4", "--camera srgb",
-                              "--camera 4.5,0.018,0.45,0.099 --system 1.2 --bits 12 --entries 33"}) {
+  for (const char *options : {"", "--recipe direct", "--recipe solve", "--white 0.2990,0.3149 --gamma 2.4",
+                              "--camera srgb", "--camera 4.5,0.018,0.45,0.099 --system 1.2 --bits 12 --entries 33"}) {
     const Result r = run(std::string("calibrate panel.xml -o luts.txt ") + options);
     ASSERT_EQ(r.code, 0) << options << r.err;
     EXPECT_EQ(r.err, "") << options;
@@ -106,7 +106,7 @@ TEST_F(Tool, SaysWhatIsWrongWithAPanelFile) {
   };
   for (const auto &c : cases) {
     save(path("panel"), c.text);
-    const Result r = run("calibrate panel -o luts.txt");
+    const Result r = run("calibrate panel -o luts.txt --condition off");
     EXPECT_EQ(r.code, 3) << c.text << r.out;
     EXPECT_TRUE(has(r.err, c.message)) << c.text << r.err;
     EXPECT_EQ(r.out, "");
@@ -147,7 +147,8 @@ TEST_F(Tool, ExplainsUsage) {
       {"calibrate panel.xml --bits 31", "a whole number from 1 to 30"},
       {"calibrate panel.xml --entries 1", "a whole number from 2 to 65536"},
       {"calibrate panel.xml --entries 65537", "a whole number from 2 to 65536"},
-      {"calibrate panel.xml --recipe best", "aligned or direct"},
+      {"calibrate panel.xml --recipe best", "aligned, direct or solve"},
+      {"calibrate panel.xml --condition yes", "--condition 'yes': expected on or off"},
   };
   for (const auto &c : cases) {
     const Result r = run(c.arguments);

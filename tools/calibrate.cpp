@@ -5,11 +5,13 @@
 #include <memory>
 
 #include "commands.h"
+#include "condition.h"
 #include "failure.h"
 #include "gray-ramp.h"
 #include "lut-set.h"
 #include "output-file.h"
 #include "panel-file.h"
+#include "solve.h"
 #include "text.h"
 #include "vexo-cs.h"
 
@@ -24,15 +26,25 @@ struct CalibrateOptions {
   std::string camera;
   std::string system;
   std::string recipe = "aligned";
+  std::string condition = "on";
   std::string bits = "10";
   std::string entries = "1024";
 };
 
 const int kLevels = 1024;             // entries that the recipes fill
 const float kWhiteTolerance = 0.004F; // distance in u'v' at which two whites are just told apart side by side
+const int kSteps = 1001;              // of the gray ramp that the figures describe
 const float kDark = 0.1F;             // the figures leave out inputs below this one, where a probe reads noise
 
-using Recipe = int (*)(vexo_lut *, vexo *, vexo_gamma *, vexo_gamma *, vexo_vector *);
+// What a recipe works on, and what it says about its work.
+struct Task {
+  Target target;
+  vexo_lcnr lcnr;
+  std::vector<std::string> remarks;
+};
+
+// Fills three LUTs of kLevels entries. False when the measurements make no tables.
+using Recipe = bool (*)(LutSet &luts, Task &task);
 
 struct NamedRecipe {
   const char *name;
@@ -40,14 +52,47 @@ struct NamedRecipe {
   const char *meaning;
 };
 
+using LibraryRecipe = int (*)(vexo_lut *, vexo *, vexo_gamma *, vexo_gamma *, vexo_vector *);
+
+// Measurements that the recipe lowers are lowered in the task.
+bool run(LibraryRecipe recipe, LutSet &luts, Task &task) {
+  Target &target = task.target;
+  auto context = std::make_unique<vexo>();
+  context->lcnr = task.lcnr;
+  const int status = recipe(luts.get(), context.get(), &target.camera.gamma, &target.system.gamma, &target.white.xyz);
+  task.lcnr = context->lcnr;
+  return status == 0;
+}
+
+bool aligned(LutSet &luts, Task &task) { return run(vexo_data_alignment, luts, task); }
+
+bool direct(LutSet &luts, Task &task) { return run(vexo_generate_lut, luts, task); }
+
+bool solved(LutSet &luts, Task &task) {
+  const auto bare = bare_context(task.lcnr);
+  if (bare == nullptr) {
+    return false;
+  }
+  const Solved result = solve(luts.get(), *bare, task.target);
+  task.remarks.push_back(format("below %.1f %% input, straight lines to 0", result.toe / 10.23));
+  if (result.held > 0) {
+    task.remarks.push_back(
+        format("%d entries, %.1f to %.1f %% input, keep the target's luminance but cannot show its white", result.held,
+               static_cast<double>(result.held_from) * 100.0, static_cast<double>(result.held_to) * 100.0));
+  }
+  return true;
+}
+
 const NamedRecipe kRecipes[] = {
-    {"aligned", vexo_data_alignment, "balances every gray level, then follows the curve"},
-    {"direct", vexo_generate_lut, "follows the curve, then scales full white"},
+    {"aligned", aligned, "balances every gray level, then follows the curve"},
+    {"direct", direct, "follows the curve, then scales full white"},
+    {"solve", solved, "solves every gray level for the target's X, Y and Z"},
 };
 
 struct Job {
   Target target;
   const NamedRecipe *recipe;
+  bool condition;
   int bits;
   int entries;
 };
@@ -58,7 +103,14 @@ const NamedRecipe *parse_recipe(const std::string &text) {
       return &recipe;
     }
   }
-  throw Failure(kUsageError, "--recipe '" + text + "': expected aligned or direct");
+  throw Failure(kUsageError, "--recipe '" + text + "': expected aligned, direct or solve");
+}
+
+bool parse_condition(const std::string &text) {
+  if (text != "on" && text != "off") {
+    throw Failure(kUsageError, "--condition '" + text + "': expected on or off");
+  }
+  return text == "on";
 }
 
 Job parse(const CalibrateOptions &options) {
@@ -76,18 +128,36 @@ Job parse(const CalibrateOptions &options) {
     job.target.system = parse_curve("--system", options.system.empty() ? "linear" : options.system);
   }
   job.recipe = parse_recipe(options.recipe);
+  job.condition = parse_condition(options.condition);
   job.bits = parse_integer("--bits", options.bits, 1, 30);
   job.entries = parse_integer("--entries", options.entries, 2, 65536);
   return job;
 }
 
-int run(Recipe recipe, LutSet &luts, vexo *context, Target target) {
-  return recipe(luts.get(), context, &target.camera.gamma, &target.system.gamma, &target.white.xyz);
+// Runs the recipe on the drives up to the lowest that gives full light: the library's search for white sees nothing
+// change above it. A clipped panel has less than all.
+bool run_below_clip(const Job &job, LutSet &luts, Task &task) {
+  const int num = task.lcnr.num;
+  const int full = job.condition ? clip_row(task.lcnr) : num - 1;
+  task.lcnr.num = full + 1;
+  const bool done = job.recipe->run(luts, task);
+  task.lcnr.num = num;
+  if (full < num - 1) {
+    const float level = task.lcnr.sample[full];
+    task.remarks.push_back(
+        format("no drive above level %g, which gives full light already", static_cast<double>(level)));
+    for (int c = 0; c < 3; c++) {
+      const vexo_lut &lut = luts.get()[c];
+      for (int i = 0; i < lut.size; i++) {
+        lut.d[i] *= level / task.lcnr.sample[num - 1];
+      }
+    }
+  }
+  return done;
 }
 
-// Limits drives to what the panel has and rounds them to the codes that the file will hold.
-int round_to_codes(LutSet &luts, int bits) {
-  const float max_code = static_cast<float>((1 << bits) - 1);
+// Limits drives to what the panel has. How many were beyond it.
+int limit(LutSet &luts) {
   int limited = 0;
   for (int c = 0; c < 3; c++) {
     const vexo_lut &lut = luts.get()[c];
@@ -96,10 +166,40 @@ int round_to_codes(LutSet &luts, int bits) {
         throw Failure(kInputError, format("no drive can be computed for input %d of %d", i, lut.size - 1));
       }
       limited += lut.d[i] < 0.0F || lut.d[i] > 1.0F ? 1 : 0;
-      lut.d[i] = std::round(std::clamp(lut.d[i], 0.0F, 1.0F) * max_code) / max_code;
+      lut.d[i] = std::clamp(lut.d[i], 0.0F, 1.0F);
     }
   }
   return limited;
+}
+
+// Rounds drives to the codes that the file will hold.
+void round_to_codes(LutSet &luts, int bits) {
+  const float max_code = static_cast<float>((1 << bits) - 1);
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
+    for (int i = 0; i < lut.size; i++) {
+      lut.d[i] = std::round(lut.d[i] * max_code) / max_code;
+    }
+  }
+}
+
+void warn(const std::string &text) { std::fprintf(stderr, "vexo: %s\n", text.c_str()); }
+
+void warn_of_falls(LutSet &luts) {
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
+    int falls = 0;
+    int first = 0;
+    for (int i = lut.size - 1; i > 0; i--) {
+      if (lut.d[i] < lut.d[i - 1]) {
+        falls++;
+        first = i;
+      }
+    }
+    if (falls > 0) {
+      warn(format("the LUT of %s falls at %d entries, the first is %d", kChannels[c], falls, first));
+    }
+  }
 }
 
 void write(const CalibrateOptions &options, const Job &job, LutSet &luts) {
@@ -135,6 +235,7 @@ void print_figures(std::FILE *f, const char *title, const Spread &before, const 
 
 struct Ramps {
   std::vector<GrayStep> before;
+  std::vector<GrayStep> unrounded; // after, but for the rounding to codes
   std::vector<GrayStep> after;
 };
 
@@ -157,35 +258,72 @@ void print_ramps(std::FILE *f, const Job &job, const Ramps &ramps) {
                "\nFrom %.0f %% input up:           before              after\n"
                "                                mean     worst         mean     worst\n",
                static_cast<double>(kDark) * 100.0);
-  print_figures(f, "distance to target white", spread(ramps.before, &GrayStep::white_error, kDark),
-                spread(ramps.after, &GrayStep::white_error, kDark), 1.0, "u'v'");
-  print_figures(f, "distance to target curve", spread(ramps.before, &GrayStep::curve_error, kDark),
-                spread(ramps.after, &GrayStep::curve_error, kDark), 100.0, "% of the target's light");
+  const auto figures = [&](const char *title, float GrayStep::*error, double unit, const char *unit_name) {
+    print_figures(f, title, spread(ramps.before, error, kDark), spread(ramps.after, error, kDark), unit, unit_name);
+  };
+  figures("distance to target white", &GrayStep::white_error, 1.0, "u'v'");
+  figures("distance to target curve", &GrayStep::curve_error, 100.0, "% of the target's light");
+  figures("colour difference", &GrayStep::delta_e, 1.0, "CIEDE2000");
+  const Spread unrounded = spread(ramps.unrounded, &GrayStep::delta_e, kDark);
+  std::fprintf(f, "    before rounding to codes                         %9.4f %9.4f   CIEDE2000\n", unrounded.mean,
+               unrounded.worst);
+  print_figures(f, "  below that, near black", spread(ramps.before, &GrayStep::delta_e, 0.0F, kDark),
+                spread(ramps.after, &GrayStep::delta_e, 0.0F, kDark), 1.0, "CIEDE2000");
+}
+
+void warn_when_worse(const Job &job, const Ramps &ramps) {
+  const double before = spread(ramps.before, &GrayStep::delta_e, kDark).mean;
+  const double after = spread(ramps.after, &GrayStep::delta_e, kDark).mean;
+  if (after > before) {
+    warn(format("these LUTs make the gray ramp worse: mean CIEDE2000 %.4f, without them %.4f; ", after, before) +
+         (job.recipe->run == solved ? "try more --bits or --entries, or use no LUTs" : "try --recipe solve"));
+  }
+}
+
+// The panel as the recipe gets it. Says what was done to it.
+Panel prepare(const CalibrateOptions &options, const Job &job, size_t *changes) {
+  Panel panel = read_panel(options.panel);
+  if (job.condition) {
+    const Conditioned conditioned = condition(panel);
+    for (const std::string &note : conditioned.notes) {
+      warn(note);
+    }
+    *changes = conditioned.notes.size();
+    panel.lcnr = conditioned.lcnr;
+    panel.lines = conditioned.lines;
+  }
+  return panel;
 }
 
 void calibrate(const CalibrateOptions &options) {
   const Job job = parse(options);
-  const Panel panel = read_panel(options.panel);
+  size_t changes = 0;
+  const Panel panel = prepare(options, job, &changes);
 
-  auto context = std::make_unique<vexo>();
-  context->lcnr = panel.lcnr;
+  Task task = {job.target, panel.lcnr, {}};
   LutSet luts(kLevels);
-  if (run(job.recipe->run, luts, context.get(), job.target) != 0) {
-    throw Failure(kInputError, unusable_row(Panel{panel.path, context->lcnr, panel.lines}));
+  if (!run_below_clip(job, luts, task)) {
+    throw Failure(kInputError, unusable_row(Panel{panel.path, task.lcnr, panel.lines}));
   }
   LutSet written(job.entries);
   for (int c = 0; c < 3; c++) {
     vexo_convert_lut(written.get() + c, luts.get() + c);
   }
-  const int limited = round_to_codes(written, job.bits);
+  const int limited = limit(written);
+  if (limited > 0) {
+    task.remarks.push_back(format("%d entries asked for more than full drive and are limited to it", limited));
+  }
 
-  const auto bare = bare_context(context->lcnr);
-  vexo_vector gains;
+  const auto bare = bare_context(task.lcnr);
   vexo_vector white = job.target.white.xyz;
-  vexo_peak_white_adjust(&gains, bare.get(), &white);
-  const Ramps ramps = {gray_ramp(bare.get(), nullptr, job.target, 1001),
-                       gray_ramp(bare.get(), written.get(), job.target, 1001)};
+  Ramps ramps;
+  ramps.unrounded = gray_ramp(bare.get(), written.get(), job.target, kSteps, 0.0F);
+  round_to_codes(written, job.bits);
+  ramps.after = gray_ramp(bare.get(), written.get(), job.target, kSteps, 0.0F);
+  ramps.before = gray_ramp(bare.get(), nullptr, job.target, kSteps, ramps.after.back().xyY.d[2]);
   check_white(options, job, ramps.after.back());
+  warn_of_falls(written);
+  warn_when_worse(job, ramps);
   if (!options.output.empty()) {
     write(options, job, written);
   }
@@ -194,6 +332,10 @@ void calibrate(const CalibrateOptions &options) {
   const int top = panel.lcnr.num - 1;
   std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", options.panel.c_str(), panel.lcnr.num,
                static_cast<double>(panel.lcnr.sample[top]));
+  std::fprintf(f, "Conditioning  %s\n",
+               !job.condition ? "off"
+               : changes == 0 ? "nothing to do"
+                              : format("%zu changes, listed on standard error", changes).c_str());
   std::fprintf(f, "Panel white   %s\n", describe_white(ramps.before.back().xyY).c_str());
   std::fprintf(f, "Target white  x %.4f, y %.4f (%s)\n", static_cast<double>(white.d[0]),
                static_cast<double>(white.d[1]), job.target.white.name.c_str());
@@ -201,15 +343,15 @@ void calibrate(const CalibrateOptions &options) {
   std::fprintf(f, "Camera curve  %s\n", describe(job.target.camera).c_str());
   std::fprintf(f, "System curve  %s\n", describe(job.target.system).c_str());
   std::fprintf(f, "Recipe        %s: %s\n", job.recipe->name, job.recipe->meaning);
-  std::fprintf(f, "Gains         red %.4f, green %.4f, blue %.4f\n", static_cast<double>(gains.d[0]),
-               static_cast<double>(gains.d[1]), static_cast<double>(gains.d[2]));
+  const auto gain = [&](int c) { return static_cast<double>(luts.get()[c].d[kLevels - 1]); };
+  std::fprintf(f, "Gains         red %.4f, green %.4f, blue %.4f\n", gain(0), gain(1), gain(2));
   std::fprintf(f, "LUTs          %s, 3 x %d entries of %d bits\n",
                options.output.empty()  ? "not written (give -o FILE)"
                : options.output == "-" ? "standard output"
                                        : options.output.c_str(),
                job.entries, job.bits);
-  if (limited > 0) {
-    std::fprintf(f, "              %d entries asked for more than full drive and are limited to it\n", limited);
+  for (const std::string &remark : task.remarks) {
+    std::fprintf(f, "              %s\n", remark.c_str());
   }
   print_ramps(f, job, ramps);
 }
@@ -232,7 +374,9 @@ void add_calibrate(CLI::App &app) {
                           ", an exponent, or slope,transition,gamma,offset (default linear)");
   command->add_option("--system", options.system,
                       "Curve from scene light to display light, as --camera (default linear)");
-  command->add_option("--recipe", options.recipe, "aligned (default) or direct");
+  command->add_option("--recipe", options.recipe, "aligned (default), direct or solve");
+  command->add_option("--condition", options.condition,
+                      "on (default): leave out and mend rows that are noise, each named; off: as measured");
   command->add_option("--bits", options.bits, "Depth of the codes, 1 to 30 (default 10)");
   command->add_option("--entries", options.entries, "Entries of each LUT, 2 to 65536 (default 1024)");
   command->footer(

@@ -26,18 +26,20 @@ struct GrayStep {
   vexo_vector xyY;   // predicted, luminance absolute and above black
   float white_error; // distance to the target white in u'v'
   float curve_error; // relative light against the target curve, as a fraction of the target
+  float delta_e;     // CIEDE2000 against the target white and curve
 };
 
 // The ramp at count inputs from 0 to 1, through the LUTs or, when luts is null, of the bare panel. The context's tables
-// describe the bare panel.
-std::vector<GrayStep> gray_ramp(vexo *bare, vexo_lut *luts, const Target &target, int count);
+// describe the bare panel. CIEDE2000 is against the target white at the luminance reference; 0 stands for the ramp's
+// own peak.
+std::vector<GrayStep> gray_ramp(vexo *bare, vexo_lut *luts, const Target &target, int count, float reference);
 
 struct Spread {
   double mean;
   double worst;
 };
 
-// Mean and worst of one error over the steps from an input up.
-Spread spread(const std::vector<GrayStep> &ramp, float GrayStep::*error, float from);
+// Mean and worst of one error over the steps at inputs from <= input < to.
+Spread spread(const std::vector<GrayStep> &ramp, float GrayStep::*error, float from, float to = 2.0F);
 
 #endif

@@ -17,8 +17,6 @@ namespace {
 
 const size_t kCapacity = 64;     // rows of vexo_lcnr
 const size_t kLongestRow = 4096; // characters of a row that are looked at: far more than ten numbers need
-const char *const kChannels[3] = {"red", "green", "blue"};
-const char *const kComponents[3] = {"X", "Y", "Z"};
 
 struct Element {
   int line;

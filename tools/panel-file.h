@@ -7,6 +7,9 @@
 
 #include "vexo.h"
 
+inline constexpr const char *kChannels[3] = {"red", "green", "blue"};
+inline constexpr const char *kComponents[3] = {"X", "Y", "Z"};
+
 struct Panel {
   std::string path;
   vexo_lcnr lcnr = {};

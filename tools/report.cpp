@@ -288,8 +288,8 @@ Report make_report(const ReportSource &source) {
   report.primaries = panel_space(used);
   vexo_cs_secondary(&report.primaries, &report.cyan, &report.magenta, &report.yellow);
 
-  const auto before = gray_ramp(bare.get(), nullptr, source.target, kSteps);
-  const auto after = gray_ramp(bare.get(), source.luts->get(), source.target, kSteps);
+  const auto before = gray_ramp(bare.get(), nullptr, source.target, kSteps, 0.0F);
+  const auto after = gray_ramp(bare.get(), source.luts->get(), source.target, kSteps, 0.0F);
   const GrayTarget target(source.target, report.primaries, after.back().xyY.d[2]);
   report.target_cct = target.cct();
   report.target = target_figures(target);
