@@ -12,5 +12,6 @@ void add_colour(CLI::App &app); // color, delta, space, dci
 void add_csc(CLI::App &app);
 void add_gray(CLI::App &app);
 void add_lut3d(CLI::App &app);
+void add_measure(CLI::App &app);
 
 #endif

@@ -5,16 +5,12 @@
 #include "lut-set.h"
 #include "vexo-cs.h"
 
-namespace {
-
 float uv_distance(vexo_vector xyY, vexo_vector reference_xyY) {
   if (vexo_xyY_uvY(&xyY) != 0 || vexo_xyY_uvY(&reference_xyY) != 0) {
     return NAN;
   }
   return std::hypot(xyY.d[0] - reference_xyY.d[0], xyY.d[1] - reference_xyY.d[1]);
 }
-
-} // namespace
 
 // The direct recipe leaves just that context behind, whatever its curves and target.
 std::unique_ptr<vexo> bare_context(const vexo_lcnr &lcnr) {

@@ -49,6 +49,7 @@ int run(int argc, char **argv) {
   CLI::App app("Colour science and display calibration", "vexo");
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
+  add_measure(app);
   add_calibrate(app);
   add_gray(app);
   add_lut3d(app);
