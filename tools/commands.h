@@ -11,6 +11,7 @@ void add_calibrate(CLI::App &app);
 void add_colour(CLI::App &app); // color, delta, space, dci
 void add_csc(CLI::App &app);
 void add_gray(CLI::App &app);
+void add_lut1d(CLI::App &app);
 void add_lut3d(CLI::App &app);
 void add_measure(CLI::App &app);
 

@@ -52,6 +52,7 @@ int run(int argc, char **argv) {
   add_measure(app);
   add_calibrate(app);
   add_gray(app);
+  add_lut1d(app);
   add_lut3d(app);
   add_csc(app);
   add_colour(app);
