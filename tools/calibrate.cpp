@@ -11,6 +11,7 @@
 #include "lut-set.h"
 #include "output-file.h"
 #include "panel-file.h"
+#include "shared-options.h"
 #include "solve.h"
 #include "text.h"
 #include "vexo-cs.h"
@@ -21,14 +22,12 @@ namespace {
 struct CalibrateOptions {
   std::string panel;
   std::string output;
-  std::string white = "D65";
-  std::string gamma;
-  std::string camera;
-  std::string system;
+  TargetOptions target;
   std::string recipe = "aligned";
   std::string condition = "on";
   std::string bits = "10";
   std::string entries = "1024";
+  ReportOptions report;
 };
 
 const int kLevels = 1024;             // entries that the recipes fill
@@ -114,19 +113,8 @@ bool parse_condition(const std::string &text) {
 }
 
 Job parse(const CalibrateOptions &options) {
-  if (!options.gamma.empty() && !(options.camera.empty() && options.system.empty())) {
-    throw Failure(kUsageError, "--gamma stands for both curves, expected it without --camera and --system");
-  }
   Job job;
-  job.target.white = parse_white("--white", options.white);
-  if (options.camera.empty() && options.system.empty()) {
-    const std::string gamma = options.gamma.empty() ? "2.2" : options.gamma;
-    job.target.camera = parse_curve("--camera", "linear");
-    job.target.system = power_curve(parse_positive("--gamma", gamma), "power law " + gamma);
-  } else {
-    job.target.camera = parse_curve("--camera", options.camera.empty() ? "linear" : options.camera);
-    job.target.system = parse_curve("--system", options.system.empty() ? "linear" : options.system);
-  }
+  job.target = parse_target(options.target);
   job.recipe = parse_recipe(options.recipe);
   job.condition = parse_condition(options.condition);
   job.bits = parse_integer("--bits", options.bits, 1, 30);
@@ -281,23 +269,23 @@ void warn_when_worse(const Job &job, const Ramps &ramps) {
 }
 
 // The panel as the recipe gets it. Says what was done to it.
-Panel prepare(const CalibrateOptions &options, const Job &job, size_t *changes) {
+Panel prepare(const CalibrateOptions &options, const Job &job, std::vector<std::string> *changes) {
   Panel panel = read_panel(options.panel);
   if (job.condition) {
     const Conditioned conditioned = condition(panel);
     for (const std::string &note : conditioned.notes) {
       warn(note);
     }
-    *changes = conditioned.notes.size();
+    *changes = conditioned.notes;
     panel.lcnr = conditioned.lcnr;
     panel.lines = conditioned.lines;
   }
   return panel;
 }
 
-void calibrate(const CalibrateOptions &options) {
+void calibrate(const CalibrateOptions &options, const std::string &command_line) {
   const Job job = parse(options);
-  size_t changes = 0;
+  std::vector<std::string> changes;
   const Panel panel = prepare(options, job, &changes);
 
   Task task = {job.target, panel.lcnr, {}};
@@ -333,9 +321,9 @@ void calibrate(const CalibrateOptions &options) {
   std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", options.panel.c_str(), panel.lcnr.num,
                static_cast<double>(panel.lcnr.sample[top]));
   std::fprintf(f, "Conditioning  %s\n",
-               !job.condition ? "off"
-               : changes == 0 ? "nothing to do"
-                              : format("%zu changes, listed on standard error", changes).c_str());
+               !job.condition    ? "off"
+               : changes.empty() ? "nothing to do"
+                                 : format("%zu changes, listed on standard error", changes.size()).c_str());
   std::fprintf(f, "Panel white   %s\n", describe_white(ramps.before.back().xyY).c_str());
   std::fprintf(f, "Target white  x %.4f, y %.4f (%s)\n", static_cast<double>(white.d[0]),
                static_cast<double>(white.d[1]), job.target.white.name.c_str());
@@ -354,11 +342,25 @@ void calibrate(const CalibrateOptions &options) {
     std::fprintf(f, "              %s\n", remark.c_str());
   }
   print_ramps(f, job, ramps);
+
+  if (options.report.any()) {
+    ReportSource source;
+    source.panel = &panel;
+    source.used = task.lcnr;
+    source.notes = changes;
+    source.notes.insert(source.notes.end(), task.remarks.begin(), task.remarks.end());
+    source.target = job.target;
+    source.recipe = std::string(job.recipe->name) + ": " + job.recipe->meaning;
+    source.luts = &written;
+    source.luts_name = options.output.empty() ? "not written" : options.output;
+    source.command_line = command_line;
+    write_reports(options.report, source);
+  }
 }
 
 } // namespace
 
-void add_calibrate(CLI::App &app) {
+void add_calibrate(CLI::App &app, const std::string &command_line) {
   const auto shared = std::make_shared<CalibrateOptions>();
   CalibrateOptions &options = *shared;
   CLI::App *command = app.add_subcommand("calibrate", "Turn a panel's measurements into three correction LUTs");
@@ -366,22 +368,17 @@ void add_calibrate(CLI::App &app) {
       ->required();
   command->add_option("-o,--output", options.output,
                       "LUT file to write, three columns of codes; - for standard output");
-  command->add_option("--white", options.white, "Target white: " + white_names() + ", or x,y (default D65)");
-  command->add_option("--gamma", options.gamma,
-                      "Target curve: a power law of the signal (default 2.2); stands for both curves below");
-  command->add_option("--camera", options.camera,
-                      "Curve that encoded the signal: " + curve_names() +
-                          ", an exponent, or slope,transition,gamma,offset (default linear)");
-  command->add_option("--system", options.system,
-                      "Curve from scene light to display light, as --camera (default linear)");
+  add_target_options(command, options.target);
   command->add_option("--recipe", options.recipe, "aligned (default), direct or solve");
   command->add_option("--condition", options.condition,
                       "on (default): leave out and mend rows that are noise, each named; off: as measured");
   command->add_option("--bits", options.bits, "Depth of the codes, 1 to 30 (default 10)");
   command->add_option("--entries", options.entries, "Entries of each LUT, 2 to 65536 (default 1024)");
+  command->add_option("--report", options.report.html, "HTML report to write; - for standard output");
+  add_report_options(command, options.report);
   command->footer(
       "Example: vexo calibrate panel.xml -o luts.txt --white D65 --gamma 2.4\n\n"
       "Exit status: 0 done, 1 the panel cannot show the target white, 2 usage, 3 input unreadable or invalid,\n"
       "4 output failed.");
-  command->callback([shared] { calibrate(*shared); });
+  command->callback([shared, command_line] { calibrate(*shared, command_line); });
 }

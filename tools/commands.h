@@ -1,5 +1,5 @@
 // The commands of the tool. Each adds itself, its options and its help to the application; running one may throw a
-// Failure.
+// Failure. command_line is what the user typed.
 #ifndef VEXO_TOOLS_COMMANDS_H
 #define VEXO_TOOLS_COMMANDS_H
 
@@ -9,11 +9,13 @@ namespace CLI {
 class App;
 }
 
-void add_calibrate(CLI::App &app);
+void add_calibrate(CLI::App &app, const std::string &command_line);
 void add_colour(CLI::App &app); // color, delta, space, dci
 void add_csc(CLI::App &app);
 void add_gray(CLI::App &app);
+void add_lut1d(CLI::App &app);
 void add_lut3d(CLI::App &app);
-void add_report(CLI::App &app, const std::string &command_line); // as the user typed it
+void add_measure(CLI::App &app);
+void add_report(CLI::App &app, const std::string &command_line);
 
 #endif

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <numeric>
-#include <optional>
 
 #include "failure.h"
 #include "text.h"
@@ -101,33 +100,11 @@ std::string join(const std::vector<std::string> &words) {
                          [](const std::string &a, const std::string &b) { return a.empty() ? b : a + " " + b; });
 }
 
-// Exactly one finite number, nothing around it.
-std::optional<float> number(const std::string &text) {
-  float value = 0.0F;
-  const char *first = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
-  const char *last = text.data() + text.size();
-  const auto [end, error] = std::from_chars(first, last, value);
-  if (error != std::errc() || end != last || !std::isfinite(value)) {
-    return std::nullopt;
-  }
-  return value;
-}
-
-std::vector<std::string> split(const std::string &text, char separator) {
-  std::vector<std::string> parts;
-  for (size_t begin = 0; begin <= text.size();) {
-    const size_t end = std::min(text.find(separator, begin), text.size());
-    parts.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return parts;
-}
-
 // Numbers separated by commas; empty when any is not one.
 std::vector<float> numbers(const std::string &text) {
   std::vector<float> values;
   for (const std::string &part : split(text, ',')) {
-    const auto value = number(part);
+    const auto value = finite_number(part);
     if (!value) {
       return {};
     }
@@ -180,6 +157,27 @@ size_t edit_distance(const std::string &a, const std::string &b) {
 
 } // namespace
 
+std::optional<float> finite_number(const std::string &text) {
+  float value = 0.0F;
+  const char *first = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
+  const char *last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(first, last, value);
+  if (error != std::errc() || end != last || !std::isfinite(value)) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::vector<std::string> split(const std::string &text, char separator) {
+  std::vector<std::string> parts;
+  for (size_t begin = 0; begin <= text.size();) {
+    const size_t end = std::min(text.find(separator, begin), text.size());
+    parts.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return parts;
+}
+
 int parse_integer(const std::string &option, const std::string &text, int min, int max) {
   int value = 0;
   const char *last = text.data() + text.size();
@@ -191,7 +189,7 @@ int parse_integer(const std::string &option, const std::string &text, int min, i
 }
 
 float parse_number(const std::string &option, const std::string &text) {
-  const auto value = number(text);
+  const auto value = finite_number(text);
   if (!value) {
     reject(option, text, "a number, with a decimal point");
   }
@@ -199,7 +197,7 @@ float parse_number(const std::string &option, const std::string &text) {
 }
 
 float parse_positive(const std::string &option, const std::string &text) {
-  const auto value = number(text);
+  const auto value = finite_number(text);
   if (!value || !(*value > 0.0F)) {
     reject(option, text, "a number above 0, with a decimal point");
   }
@@ -207,7 +205,7 @@ float parse_positive(const std::string &option, const std::string &text) {
 }
 
 float parse_not_negative(const std::string &option, const std::string &text) {
-  const auto value = number(text);
+  const auto value = finite_number(text);
   if (!value || !(*value >= 0.0F)) {
     reject(option, text, "a number not below 0, with a decimal point");
   }

@@ -2,6 +2,7 @@
 #ifndef VEXO_TOOLS_GRAMMAR_H
 #define VEXO_TOOLS_GRAMMAR_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,12 @@
 #include "vexo-csc.h"
 #include "vexo-gamma.h"
 #include "vexo-matrix.h"
+
+// Exactly one finite number, nothing around it.
+std::optional<float> finite_number(const std::string &text);
+
+// The parts between separators; at least one.
+std::vector<std::string> split(const std::string &text, char separator);
 
 // Each parse function throws a Failure (usage) that names the option, the text and what was expected.
 

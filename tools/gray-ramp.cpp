@@ -6,14 +6,14 @@
 #include "lut-set.h"
 #include "vexo-cs.h"
 
-namespace {
-
 float uv_distance(vexo_vector xyY, vexo_vector reference_xyY) {
   if (vexo_xyY_uvY(&xyY) != 0 || vexo_xyY_uvY(&reference_xyY) != 0) {
     return NAN;
   }
   return std::hypot(xyY.d[0] - reference_xyY.d[0], xyY.d[1] - reference_xyY.d[1]);
 }
+
+namespace {
 
 // CIEDE2000 between a prediction and a share of the target white of a luminance.
 float delta_e(vexo_vector xyY, const Target &target, float part, float luminance) {

@@ -8,6 +8,9 @@
 #include "grammar.h"
 #include "vexo.h"
 
+// The distance of two colours in u'v'; NaN where one has no chromaticity.
+float uv_distance(vexo_vector xyY, vexo_vector reference_xyY);
+
 // A context whose tables describe the bare panel; null when the library makes none of these measurements.
 std::unique_ptr<vexo> bare_context(const vexo_lcnr &lcnr);
 

@@ -59,4 +59,18 @@ File open_input(const std::string &path, const char *expected) {
   return f;
 }
 
+std::string read_text(const std::string &path, const char *expected) {
+  const File f = open_input(path, expected);
+  std::string text;
+  std::array<char, 65536> block;
+  for (size_t length = block.size(); length == block.size();) {
+    length = std::fread(block.data(), 1, block.size(), f.get());
+    text.append(block.data(), length);
+  }
+  if (std::ferror(f.get()) != 0) {
+    refuse_errno(path);
+  }
+  return text;
+}
+
 std::string input_name(const std::string &path) { return path == "-" ? "standard input" : path; }

@@ -6,6 +6,7 @@
 
 #include "failure.h"
 #include "input-file.h"
+#include "lines.h"
 #include "output-file.h"
 #include "text.h"
 
@@ -68,30 +69,6 @@ bool six_numbers(const char *line) {
   float d[6];
   return std::sscanf(line, "%f %f %f %f %f %f", &d[0], &d[1], &d[2], &d[3], &d[4], &d[5]) == 6;
 }
-
-bool blank(const char *line) { return line[std::strspn(line, " \t\r\n")] == '\0'; }
-
-// The pieces of a text that the library's readers see as lines, with the line number of the file.
-class Lines {
-public:
-  explicit Lines(std::FILE *f) : f_(f) {}
-  bool next() {
-    number_ += ended_ ? 1 : 0;
-    if (std::fgets(piece_, sizeof piece_, f_) == nullptr) {
-      return false;
-    }
-    ended_ = std::strchr(piece_, '\n') != nullptr;
-    return true;
-  }
-  const char *text() const { return piece_; }
-  long number() const { return number_; }
-
-private:
-  std::FILE *f_;
-  char piece_[256] = "";
-  long number_ = 0;
-  bool ended_ = true;
-};
 
 // Whether the reader takes a title from the line, and so no size.
 bool has_title(const char *line) {
@@ -188,7 +165,7 @@ private:
   }
 
   const Lut3dInput &input_;
-  Lines lines_;
+  Lines<256> lines_;
   int size_ = 0;
   std::vector<std::string> warnings_;
 };
@@ -208,7 +185,7 @@ Lut3dFile read_cube(const Lut3dInput &input, std::FILE *f) {
 // The cube root of the number of entry lines, unless the size is given.
 int eecolor_size(const Lut3dInput &input, std::FILE *f) {
   long count = 0;
-  for (Lines lines(f); lines.next();) {
+  for (Lines<256> lines(f); lines.next();) {
     count += six_numbers(lines.text()) ? 1 : 0;
   }
   std::rewind(f);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "channels.h"
 #include "commands.h"
 #include "failure.h"
 #include "grammar.h"
@@ -12,8 +13,6 @@
 #include "text.h"
 
 namespace {
-
-const char *const kChannels[3] = {"red", "green", "blue"};
 
 // Options as they stand on the command line; empty where not given.
 struct Options {

@@ -62,9 +62,12 @@ int run(int argc, char **argv) {
   CLI::App app("Colour science and display calibration", "vexo");
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
-  add_calibrate(app);
-  add_report(app, command_line(argc, argv));
+  add_measure(app);
+  const std::string typed = command_line(argc, argv);
+  add_calibrate(app, typed);
+  add_report(app, typed);
   add_gray(app);
+  add_lut1d(app);
   add_lut3d(app);
   add_csc(app);
   add_colour(app);

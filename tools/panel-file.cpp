@@ -1,6 +1,8 @@
 #include "panel-file.h"
 
 #include <expat.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -8,8 +10,10 @@
 #include <cstring>
 #include <memory>
 
+#include "channels.h"
 #include "failure.h"
 #include "input-file.h"
+#include "output-file.h"
 #include "text.h"
 #include "vexo-cs.h"
 
@@ -128,14 +132,6 @@ void check_values(const Panel &panel) {
   }
 }
 
-vexo_vector above_black(const vexo_lcnr &lcnr, int channel, int row) {
-  vexo_vector XYZ;
-  for (int m = 0; m < 3; m++) {
-    XYZ.d[m] = lcnr.data[channel][m][row] - lcnr.data[channel][m][0];
-  }
-  return XYZ;
-}
-
 float sum_above_black(const vexo_lcnr &lcnr, int channel, int row) {
   vexo_vector XYZ = above_black(lcnr, channel, row);
   return vexo_vector_sum(&XYZ);
@@ -162,6 +158,14 @@ bool mixes(vexo_vector XYZ) {
 }
 
 } // namespace
+
+vexo_vector above_black(const vexo_lcnr &lcnr, int channel, int row) {
+  vexo_vector XYZ;
+  for (int m = 0; m < 3; m++) {
+    XYZ.d[m] = lcnr.data[channel][m][row] - lcnr.data[channel][m][0];
+  }
+  return XYZ;
+}
 
 Panel read_panel(const std::string &path) {
   if (path == "-") {
@@ -219,4 +223,18 @@ std::string unusable_row(const Panel &panel) {
     }
   }
   return panel.path + ": no colour can be computed for some level between the rows";
+}
+
+void write_panel(const std::string &path, vexo_lcnr lcnr) {
+  OutputFile file(path);
+  // The library writes to a path and checks nothing, so it writes to memory.
+  const int fd = memfd_create("panel", MFD_CLOEXEC);
+  const File memory(fd < 0 ? nullptr : fdopen(fd, "r"));
+  if (memory == nullptr || vexo_store_lcnr_xml(&lcnr, format("/proc/self/fd/%d", fd).c_str()) != 0) {
+    throw Failure(kOutputError, path + ": cannot write: no memory file");
+  }
+  for (int c = std::getc(memory.get()); c != EOF; c = std::getc(memory.get())) {
+    std::putc(c, file.stream());
+  }
+  file.commit();
 }

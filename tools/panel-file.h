@@ -5,10 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "channels.h"
 #include "vexo.h"
-
-inline constexpr const char *kChannels[3] = {"red", "green", "blue"};
-inline constexpr const char *kComponents[3] = {"X", "Y", "Z"};
 
 struct Panel {
   std::string path;
@@ -19,6 +17,12 @@ struct Panel {
 // Reads the file and checks that it holds 2 to 64 rows of ten finite numbers, levels rising from 0, and light at full
 // drive. Throws a Failure (input).
 Panel read_panel(const std::string &path);
+
+// Writes an LCNR file whole or not at all. Throws a Failure (output).
+void write_panel(const std::string &path, vexo_lcnr lcnr);
+
+// A channel's X, Y, Z in a row minus those of black.
+vexo_vector above_black(const vexo_lcnr &lcnr, int channel, int row);
 
 // "FILE:LINE: row N (level L)", rows counted from 0.
 std::string row_name(const Panel &panel, int row);

@@ -1,0 +1,22 @@
+// Comma-separated values with decimal points, in any locale.
+#ifndef VEXO_TOOLS_CSV_H
+#define VEXO_TOOLS_CSV_H
+
+#include <string>
+#include <vector>
+
+struct CsvLine {
+  int number;                      // in the file, from 1
+  std::vector<std::string> fields; // without the blanks around them
+};
+
+// The lines that hold anything, without a heading: a first line whose first field is no number.
+std::vector<CsvLine> csv_lines(const std::string &text);
+
+// A field as a finite number, or a Failure (input) that names file, line and column.
+float csv_number(const std::string &path, const CsvLine &line, size_t column);
+
+// "FILE:LINE"
+std::string csv_place(const std::string &path, const CsvLine &line);
+
+#endif
