@@ -7,6 +7,7 @@
 
 #include "channels.h"
 #include "commands.h"
+#include "condition.h"
 #include "csv.h"
 #include "failure.h"
 #include "gray-ramp.h"
@@ -23,6 +24,7 @@ namespace {
 struct MeasureOptions {
   std::string panel;
   std::string gray;
+  std::string condition;
   bool json = false;
 };
 
@@ -395,6 +397,14 @@ Json json_report(const Report &r) {
   return document;
 }
 
+void write_conditioned(const MeasureOptions &options) {
+  const Conditioned conditioned = condition(read_panel(options.panel));
+  for (const std::string &note : conditioned.notes) {
+    std::fprintf(stderr, "vexo: %s\n", note.c_str());
+  }
+  write_panel(options.condition, conditioned.lcnr);
+}
+
 void measure(const MeasureOptions &options) {
   if (options.panel.empty()) {
     throw Failure(kUsageError, "PANEL.xml is required");
@@ -404,6 +414,10 @@ void measure(const MeasureOptions &options) {
     print_json(json_report(r));
   } else {
     print_report(r);
+  }
+  if (!options.condition.empty()) {
+    write_conditioned(options);
+    return;
   }
   for (const auto &recipe : r.recipes) {
     if (!recipe.obstacle.empty()) {
@@ -448,12 +462,14 @@ void add_measure(CLI::App &app) {
                                           "CSV file of the measured gray ramp, level,X,Y,Z: says how far the "
                                           "channels add");
   CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
+  CLI::Option *conditioned = command->add_option(
+      "--condition", options->condition, "LCNR file to write: the measurements as vexo calibrate conditions them");
   command->footer("Example: vexo measure panel.xml --gray gray.csv\n\n"
                   "Exit status: 0 it can be used as it is, warnings or not; 1 a recipe cannot use it as it is;\n"
                   "3 it cannot be read.");
   add_import(command);
   CLI::App *nested = command->get_subcommand("import");
-  for (CLI::Option *option : {panel, gray, json}) {
+  for (CLI::Option *option : {panel, gray, json, conditioned}) {
     nested->excludes(option);
   }
   command->callback([options, command] {
