@@ -14,6 +14,7 @@
 #include "shared-options.h"
 #include "solve.h"
 #include "text.h"
+#include "verbose.h"
 #include "vexo-cs.h"
 
 namespace {
@@ -290,6 +291,7 @@ void calibrate(const CalibrateOptions &options, const std::string &command_line)
 
   Task task = {job.target, panel.lcnr, {}};
   LutSet luts(kLevels);
+  say(std::string("runs the recipe ") + job.recipe->name);
   if (!run_below_clip(job, luts, task)) {
     throw Failure(kInputError, unusable_row(Panel{panel.path, task.lcnr, panel.lines}));
   }
@@ -302,6 +304,7 @@ void calibrate(const CalibrateOptions &options, const std::string &command_line)
     task.remarks.push_back(format("%d entries asked for more than full drive and are limited to it", limited));
   }
 
+  say("predicts the gray ramp");
   const auto bare = bare_context(task.lcnr);
   vexo_vector white = job.target.white.xyz;
   Ramps ramps;

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "verbose.h"
 
 namespace {
 
@@ -41,6 +42,7 @@ File copy_of_standard_input() {
 } // namespace
 
 File open_input(const std::string &path, const char *expected) {
+  say("reads " + input_name(path));
   if (path == "-") {
     return copy_of_standard_input();
   }

@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "grammar.h"
+#include "verbose.h"
 
 namespace {
 
@@ -58,10 +59,19 @@ std::string command_line(int argc, char **argv) {
   return line;
 }
 
+// Options of the tool as a whole may stand behind a command, too.
+void accept_everywhere(CLI::App &app) {
+  for (CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
+    command->fallthrough();
+    accept_everywhere(*command);
+  }
+}
+
 int run(int argc, char **argv) {
   CLI::App app("Colour science and display calibration", "vexo");
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
+  app.add_flag_callback("-v,--verbose", be_verbose, "Say on standard error what is done");
   add_measure(app);
   const std::string typed = command_line(argc, argv);
   add_calibrate(app, typed);
@@ -71,6 +81,7 @@ int run(int argc, char **argv) {
   add_lut3d(app);
   add_csc(app);
   add_colour(app);
+  accept_everywhere(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success &help) {

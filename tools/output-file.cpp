@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "verbose.h"
 
 namespace {
 
@@ -102,6 +103,7 @@ void OutputFile::commit() {
     }
     temporary_.clear();
   }
+  say("wrote " + path_);
 }
 
 void OutputFile::fail(const std::string &what) const {
