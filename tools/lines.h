@@ -22,7 +22,7 @@ public:
 
 private:
   std::FILE *f_;
-  char piece_[buffer] = "";
+  char piece_[buffer] = {};
   long number_ = 0;
   bool ended_ = true;
 };
