@@ -36,13 +36,19 @@ vexo_vector reference_white(const ColorOptions &options) {
 // The inverse of the CIE 1976 lightness function (CIE 15).
 double inverse_lightness(double f) { return f > 6.0 / 29.0 ? f * f * f : (f - 4.0 / 29.0) * 108.0 / 841.0; }
 
+// Light without a y is no colour.
+bool from_xyY(vexo_vector *v) {
+  const bool exists = v->d[1] > 0.0F || v->d[2] == 0.0F;
+  return exists && vexo_xyY_XYZ(v) == 0;
+}
+
 bool from_uvY(vexo_vector *v) {
   const double u = static_cast<double>(v->d[0]);
   const double w = static_cast<double>(v->d[1]);
   const double denominator = 6.0 * u - 16.0 * w + 12.0;
   v->d[0] = static_cast<float>(9.0 * u / denominator);
   v->d[1] = static_cast<float>(4.0 * w / denominator);
-  return vexo_xyY_XYZ(v) == 0;
+  return from_xyY(v);
 }
 
 bool from_Lab(vexo_vector *v, const vexo_vector &white) {
@@ -54,18 +60,11 @@ bool from_Lab(vexo_vector *v, const vexo_vector &white) {
   return true;
 }
 
-void check_form(const std::string &in) {
-  for (const char *form : {"XYZ", "xyY", "uvY", "Lab"}) {
-    if (in == form) {
-      return;
-    }
-  }
-  throw Failure(kUsageError, "--in '" + in + "': expected XYZ, xyY, uvY or Lab");
-}
+const std::vector<std::string> kForms = {"XYZ", "xyY", "uvY", "Lab"};
 
 // Brings a triple of the given form to XYZ. Returns whether it is a colour.
 bool to_XYZ(vexo_vector *v, const std::string &in, const vexo_vector &white) {
-  const bool converted = in == "xyY"   ? vexo_xyY_XYZ(v) == 0
+  const bool converted = in == "xyY"   ? from_xyY(v)
                          : in == "uvY" ? from_uvY(v)
                          : in == "Lab" ? from_Lab(v, white)
                                        : true;
@@ -129,16 +128,6 @@ Json json_of(const Quantities &q) {
   return document;
 }
 
-// Reads "a,b,c" or "a b c". Returns whether the line is just that.
-bool scan_triple(const std::string &line, vexo_vector *v) {
-  std::string text = line;
-  for (char &c : text) {
-    c = c == ',' ? ' ' : c;
-  }
-  char rest = '\0';
-  return std::sscanf(text.c_str(), "%f %f %f %c", &v->d[0], &v->d[1], &v->d[2], &rest) == 3;
-}
-
 // Calls take(text) for each line of the file that is neither blank nor a comment; a line that it refuses is named.
 template <typename Take> bool each_line(const std::string &path, Take take) {
   const File f = open_input(path, "a list of colours");
@@ -161,7 +150,7 @@ template <typename Take> bool each_line(const std::string &path, Take take) {
 }
 
 void color(const ColorOptions &options) {
-  check_form(options.in);
+  parse_name("--in", options.in, kForms);
   const vexo_vector white = reference_white(options);
   if (options.first.empty() == options.file.empty()) {
     throw Failure(kUsageError, "expected one colour, or --file with many");
@@ -201,7 +190,7 @@ void color(const ColorOptions &options) {
 }
 
 void delta(const ColorOptions &options) {
-  check_form(options.in);
+  parse_name("--in", options.in, kForms);
   vexo_vector white = reference_white(options);
   vexo_vector colors[2];
   for (int i = 0; i < 2; i++) {
@@ -323,14 +312,7 @@ const DciStep kDciSteps[] = {
     {"rgb", "xyz", nullptr, vexo_dcine_rgb_xyz},   {"xyz", "rgb", nullptr, vexo_dcine_xyz_rgb},
 };
 
-std::string parse_dci_form(const std::string &option, const std::string &text) {
-  for (const char *form : {"XYZq", "XYZ", "xyz", "RGBq", "RGB", "rgb"}) {
-    if (text == form) {
-      return text;
-    }
-  }
-  throw Failure(kUsageError, option + " '" + text + "': expected XYZq, XYZ, xyz, RGBq, RGB or rgb");
-}
+const std::vector<std::string> kDciForms = {"XYZq", "XYZ", "xyz", "RGBq", "RGB", "rgb"};
 
 // The fewest steps from one form to another.
 std::vector<const DciStep *> dci_path(const std::string &from, const std::string &to) {
@@ -350,8 +332,8 @@ std::vector<const DciStep *> dci_path(const std::string &from, const std::string
 }
 
 void dci(const DciOptions &options) {
-  const std::string from = parse_dci_form("--from", options.from);
-  const std::string to = parse_dci_form("--to", options.to);
+  const std::string from = parse_name("--from", options.from, kDciForms);
+  const std::string to = parse_name("--to", options.to, kDciForms);
   const auto bits = static_cast<unsigned>(parse_integer("--bits", options.bits, 1, 31));
   const vexo_vector in = parse_triple("VALUE", options.value);
   vexo_vector v = in;

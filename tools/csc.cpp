@@ -154,7 +154,7 @@ void note_saturation(std::vector<Saturated> &list, const std::string &name, floa
   }
 }
 
-std::vector<Saturated> saturated(const vexo_csc &csc, const vexo_csc_reg &reg) {
+std::vector<Saturated> saturated(const vexo_csc &csc, const vexo_csc_reg &reg, int bits) {
   std::vector<Saturated> list;
   for (int i = 0; i < 3; i++) {
     for (int j = 0; j < 3; j++) {
@@ -163,6 +163,12 @@ std::vector<Saturated> saturated(const vexo_csc &csc, const vexo_csc_reg &reg) {
   }
   for (int i = 0; i < 3; i++) {
     note_saturation(list, format("offset[%d]", i), csc.offset.d[i], reg.offset[i], 4.0);
+  }
+  const float top = static_cast<float>((1 << bits) - 1);
+  for (int i = 0; i < 3; i++) {
+    if (top > static_cast<float>(reg.clip_max[i])) {
+      list.push_back({format("max[%d]", i), top, static_cast<double>(reg.clip_max[i])});
+    }
   }
   return list;
 }
@@ -232,7 +238,7 @@ void run(const Options &options) {
   const Job job = parse(options);
   Result result = {build(job), {}, {}, 0.0F};
   vexo_csc_float_reg(&result.csc, &result.reg);
-  result.limits = saturated(result.csc, result.reg);
+  result.limits = saturated(result.csc, result.reg, job.to.bits);
   result.error = largest_error(result.csc, result.reg, job.from.bits);
   vexo_vector in = {};
   vexo_vector out = {};

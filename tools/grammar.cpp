@@ -95,11 +95,6 @@ template <typename Row, size_t N> std::vector<std::string> names_of(const Row (&
   return names;
 }
 
-std::string join(const std::vector<std::string> &words) {
-  return std::accumulate(words.begin(), words.end(), std::string(),
-                         [](const std::string &a, const std::string &b) { return a.empty() ? b : a + " " + b; });
-}
-
 // Numbers separated by commas; empty when any is not one.
 std::vector<float> numbers(const std::string &text) {
   std::vector<float> values;
@@ -212,6 +207,31 @@ float parse_not_negative(const std::string &option, const std::string &text) {
   return *value;
 }
 
+std::string parse_name(const std::string &option, const std::string &text, const std::vector<std::string> &names) {
+  if (std::find(names.begin(), names.end(), text) == names.end()) {
+    reject(option, text, "one of " + join(names), nearest(text, names));
+  }
+  return text;
+}
+
+bool scan_triple(const std::string &text, vexo_vector *v) {
+  const auto after_blanks = [&](size_t at) { return std::min(text.find_first_not_of(" \t\r", at), text.size()); };
+  size_t at = after_blanks(0);
+  for (int i = 0; i < 3; i++) {
+    if (i > 0 && at < text.size() && text[at] == ',') {
+      at = after_blanks(at + 1);
+    }
+    const size_t end = std::min(text.find_first_of(" \t\r,", at), text.size());
+    const auto value = finite_number(text.substr(at, end - at));
+    if (!value) {
+      return false;
+    }
+    v->d[i] = *value;
+    at = after_blanks(end);
+  }
+  return at == text.size();
+}
+
 vexo_vector parse_triple(const std::string &option, const std::string &text) {
   const std::vector<float> values = numbers(text);
   if (values.size() != 3) {
@@ -290,7 +310,8 @@ Signal parse_signal(const std::string &option, const std::string &text) {
   const auto range = std::find_if(std::begin(kRanges), std::end(kRanges),
                                   [&](const NamedRange &r) { return r.ycbcr == signal.ycbcr && parts[1] == r.name; });
   if (range == std::end(kRanges)) {
-    reject(option, text, "a range of video full extended smpte-full (graphic is the RGB name of full)");
+    reject(option, text, "a range of video full extended smpte-full (graphic is the RGB name of full)",
+           nearest(parts[1], names_of(kRanges)));
   }
   signal.range = range->range;
   signal.bits = parse_integer(option + " bits", parts[2], 8, 30);

@@ -25,6 +25,12 @@ float parse_number(const std::string &option, const std::string &text);
 float parse_positive(const std::string &option, const std::string &text);
 float parse_not_negative(const std::string &option, const std::string &text);
 
+// One of the names, as it is written there.
+std::string parse_name(const std::string &option, const std::string &text, const std::vector<std::string> &names);
+
+// Reads three numbers separated by a comma or blanks, as lines of files have them. Returns whether text is just that.
+bool scan_triple(const std::string &text, vexo_vector *v);
+
 // Three numbers separated by commas.
 vexo_vector parse_triple(const std::string &option, const std::string &text);
 

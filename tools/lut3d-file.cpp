@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "grammar.h"
 #include "input-file.h"
 #include "lines.h"
 #include "output-file.h"
@@ -48,17 +49,23 @@ bool ends_with(const std::string &text, const std::string &end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-const Format &find_format(const std::string &option, const std::string &name, const std::string &path) {
+std::vector<std::string> format_names() {
+  std::vector<std::string> names;
   for (const Format &format : kFormats) {
-    if (name.empty() ? *format.extension != '\0' && ends_with(path, format.extension) : name == format.name) {
+    names.emplace_back(format.name);
+  }
+  return names;
+}
+
+const Format &find_format(const std::string &option, const std::string &name, const std::string &path) {
+  const std::string known = name.empty() ? "" : parse_name(option, name, format_names());
+  for (const Format &format : kFormats) {
+    if (name.empty() ? *format.extension != '\0' && ends_with(path, format.extension) : known == format.name) {
       return format;
     }
   }
-  if (name.empty()) {
-    throw Failure(kUsageError,
-                  path + ": its name tells no format, expected " + option + " with one of " + lut3d_format_names());
-  }
-  throw Failure(kUsageError, option + " '" + name + "': expected one of " + lut3d_format_names());
+  throw Failure(kUsageError,
+                path + ": its name tells no format, expected " + option + " with one of " + lut3d_format_names());
 }
 
 bool three_numbers(const char *line, float rgb[3]) {
@@ -182,13 +189,17 @@ Lut3dFile read_cube(const Lut3dInput &input, std::FILE *f) {
   return file;
 }
 
-// The cube root of the number of entry lines, unless the size is given.
-int eecolor_size(const Lut3dInput &input, std::FILE *f) {
+long count_eecolor_lines(std::FILE *f) {
   long count = 0;
   for (Lines<256> lines(f); lines.next();) {
     count += six_numbers(lines.text()) ? 1 : 0;
   }
   std::rewind(f);
+  return count;
+}
+
+// The cube root of the number of entry lines, unless the size is given.
+int eecolor_size(const Lut3dInput &input, long count) {
   const long size = input.size > 0 ? input.size : std::lround(std::cbrt(static_cast<double>(count)));
   if (size > input.max_size) {
     unreadable(input, format("%ld grid points, expected at most %d (--max-size)", size, input.max_size));
@@ -203,7 +214,14 @@ int eecolor_size(const Lut3dInput &input, std::FILE *f) {
 
 Lut3dFile read_eecolor(const Lut3dInput &input, std::FILE *f) {
   Lut3dFile file;
-  file.lut.reset(vexo_3dlut_load_eecolor(f, eecolor_size(input, f)));
+  const long count = count_eecolor_lines(f);
+  const int size = eecolor_size(input, count);
+  const long left_over = count - static_cast<long>(size) * size * size;
+  if (left_over > 0) {
+    file.warnings.push_back(
+        format("%s: the last %ld lines of six numbers are not read", input_name(input.path).c_str(), left_over));
+  }
+  file.lut.reset(vexo_3dlut_load_eecolor(f, size));
   return file;
 }
 
@@ -245,6 +263,16 @@ Lut3dFile read_dat(const Lut3dInput &input, std::FILE *f) {
   file.version = version;
   file.lut.reset(vexo_3dlut_load_dat(f));
   return file;
+}
+
+// In a cube file the title ends at a quote or at the end of a line that its reader sees as a whole.
+void check_title(const Format &f, const char *title) {
+  const size_t longest = 246;
+  if (f.write == write_cube && title != nullptr &&
+      (std::strpbrk(title, "\"\r\n") != nullptr || std::strlen(title) > longest)) {
+    throw Failure(kUsageError, format("--title: the format %s carries up to %zu bytes without quotes and line breaks",
+                                      f.name, longest));
+  }
 }
 
 } // namespace
@@ -304,6 +332,7 @@ void write_lut3d(const Lut3dOutput &output, vexo_3dlut *lut) {
     std::fprintf(stderr, "vexo: warning: the title '%s' is cut to the %zu characters that the format %s carries\n",
                  title, format.title_limit, format.name);
   }
+  check_title(format, title);
   OutputFile file(output.path);
   format.write(lut, file.stream(), output.bits > 0 ? output.bits : format.default_bits);
   file.commit();
@@ -325,10 +354,4 @@ Lut3d resampled(vexo_3dlut *src, int size) {
   return lut;
 }
 
-std::string lut3d_format_names() {
-  std::string names;
-  for (const Format &format : kFormats) {
-    names += (names.empty() ? "" : " ") + std::string(format.name);
-  }
-  return names;
-}
+std::string lut3d_format_names() { return join(format_names()); }

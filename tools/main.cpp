@@ -104,7 +104,7 @@ int main(int argc, char **argv) {
   } catch (const std::bad_alloc &) {
     code = report(Failure(kInputError, "out of memory"));
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+  if (code != kOutputError && (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)) {
     return report(Failure(kOutputError, "standard output: write failed"));
   }
   return code;

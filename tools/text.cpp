@@ -14,3 +14,11 @@ std::string format(const char *pattern, ...) {
   va_end(again);
   return text;
 }
+
+std::string join(const std::vector<std::string> &words) {
+  std::string text;
+  for (const std::string &word : words) {
+    text += (text.empty() ? "" : " ") + word;
+  }
+  return text;
+}
