@@ -208,9 +208,23 @@ void write(const CalibrateOptions &options, const Job &job, LutSet &luts) {
   file.commit();
 }
 
-void check_white(const CalibrateOptions &options, const Job &job, const GrayStep &white) {
+// Whether the solve recipe shows the target white where another does not: a search in steps stops where one channel
+// alone is clipped.
+bool solve_reaches_white(Job job, Task task, vexo *bare) {
+  LutSet luts(kLevels);
+  job.recipe = parse_recipe("solve");
+  return run_below_clip(job, luts, task) &&
+         gray_ramp(bare, luts.get(), job.target, 2, 0.0F).back().white_error <= kWhiteTolerance;
+}
+
+void check_white(const CalibrateOptions &options, const Job &job, const Task &task, vexo *bare, const GrayStep &white) {
   if (white.white_error <= kWhiteTolerance) {
     return;
+  }
+  if (solve_reaches_white(job, task, bare)) {
+    throw Failure(kLimitMissed,
+                  format("%s: the %s recipe did not find white %s, --recipe solve does; no LUTs were written",
+                         options.panel.c_str(), job.recipe->name, job.target.white.name.c_str()));
   }
   const auto &target = job.target.white.xyz.d;
   throw Failure(
@@ -321,7 +335,7 @@ void calibrate(const CalibrateOptions &options) {
   round_to_codes(written, job.bits);
   ramps.after = gray_ramp(bare.get(), written.get(), job.target, kSteps, 0.0F);
   ramps.before = gray_ramp(bare.get(), nullptr, job.target, kSteps, ramps.after.back().xyY.d[2]);
-  check_white(options, job, ramps.after.back());
+  check_white(options, job, task, bare.get(), ramps.after.back());
   warn_of_falls(written);
   warn_when_worse(job, ramps);
   if (!options.output.empty()) {
