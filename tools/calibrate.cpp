@@ -149,7 +149,7 @@ bool run_below_clip(const Job &job, LutSet &luts, Task &task) {
     for (int c = 0; c < 3; c++) {
       const vexo_lut &lut = luts.get()[c];
       for (int i = 0; i < lut.size; i++) {
-        lut.d[i] *= level / task.lcnr.sample[num - 1];
+        lut.d[i] = std::min(lut.d[i], 1.0F) * (level / task.lcnr.sample[num - 1]);
       }
     }
   }
@@ -288,7 +288,7 @@ void print_ramps(std::FILE *f, const Job &job, const Ramps &ramps) {
 void warn_when_worse(const Job &job, const Ramps &ramps) {
   const double before = spread(ramps.before, &GrayStep::delta_e, kDark).mean;
   const double after = spread(ramps.after, &GrayStep::delta_e, kDark).mean;
-  if (after > before) {
+  if (!(after <= before)) {
     warn(format("these LUTs make the gray ramp worse: mean CIEDE2000 %.4f, without them %.4f; ", after, before) +
          (job.recipe->run == solved ? "try more --bits or --entries, or use no LUTs" : "try --recipe solve"));
   }
@@ -395,6 +395,9 @@ void add_calibrate(CLI::App &app) {
   command->add_option("--entries", options.entries, "Entries of each LUT, 2 to 65536 (default 1024)");
   command->footer(
       "Example: vexo calibrate panel.xml -o luts.txt --white D65 --gamma 2.4\n\n"
+      "Recipes: aligned and direct are the library's; solve finds the three drives of each gray for the target's X, Y\n"
+      "and Z. Conditioning leaves out rows that are not credibly above black, raises components at or below black and\n"
+      "lowers values that fall, each named on standard error. docs/recipes.md has the rules and figures.\n\n"
       "Exit status: 0 done, 1 the panel cannot show the target white, 2 usage, 3 input unreadable or invalid,\n"
       "4 output failed.");
   command->callback([shared] { calibrate(*shared); });
