@@ -138,7 +138,7 @@ bool run_below_clip(const Job &job, LutSet &luts, Task &task) {
     for (int c = 0; c < 3; c++) {
       const vexo_lut &lut = luts.get()[c];
       for (int i = 0; i < lut.size; i++) {
-        lut.d[i] *= level / task.lcnr.sample[num - 1];
+        lut.d[i] = std::min(lut.d[i], 1.0F) * (level / task.lcnr.sample[num - 1]);
       }
     }
   }
@@ -197,9 +197,23 @@ void write(const CalibrateOptions &options, const Job &job, LutSet &luts) {
   file.commit();
 }
 
-void check_white(const CalibrateOptions &options, const Job &job, const GrayStep &white) {
+// Whether the solve recipe shows the target white where another does not: a search in steps stops where one channel
+// alone is clipped.
+bool solve_reaches_white(Job job, Task task, vexo *bare) {
+  LutSet luts(kLevels);
+  job.recipe = parse_recipe("solve");
+  return run_below_clip(job, luts, task) &&
+         gray_ramp(bare, luts.get(), job.target, 2, 0.0F).back().white_error <= kWhiteTolerance;
+}
+
+void check_white(const CalibrateOptions &options, const Job &job, const Task &task, vexo *bare, const GrayStep &white) {
   if (white.white_error <= kWhiteTolerance) {
     return;
+  }
+  if (solve_reaches_white(job, task, bare)) {
+    throw Failure(kLimitMissed,
+                  format("%s: the %s recipe did not find white %s, --recipe solve does; no LUTs were written",
+                         options.panel.c_str(), job.recipe->name, job.target.white.name.c_str()));
   }
   const auto &target = job.target.white.xyz.d;
   throw Failure(
@@ -263,7 +277,7 @@ void print_ramps(std::FILE *f, const Job &job, const Ramps &ramps) {
 void warn_when_worse(const Job &job, const Ramps &ramps) {
   const double before = spread(ramps.before, &GrayStep::delta_e, kDark).mean;
   const double after = spread(ramps.after, &GrayStep::delta_e, kDark).mean;
-  if (after > before) {
+  if (!(after <= before)) {
     warn(format("these LUTs make the gray ramp worse: mean CIEDE2000 %.4f, without them %.4f; ", after, before) +
          (job.recipe->run == solved ? "try more --bits or --entries, or use no LUTs" : "try --recipe solve"));
   }
@@ -312,7 +326,7 @@ void calibrate(const CalibrateOptions &options, const std::string &command_line)
   round_to_codes(written, job.bits);
   ramps.after = gray_ramp(bare.get(), written.get(), job.target, kSteps, 0.0F);
   ramps.before = gray_ramp(bare.get(), nullptr, job.target, kSteps, ramps.after.back().xyY.d[2]);
-  check_white(options, job, ramps.after.back());
+  check_white(options, job, task, bare.get(), ramps.after.back());
   warn_of_falls(written);
   warn_when_worse(job, ramps);
   if (!options.output.empty()) {
@@ -381,6 +395,9 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
   add_report_options(command, options.report);
   command->footer(
       "Example: vexo calibrate panel.xml -o luts.txt --white D65 --gamma 2.4\n\n"
+      "Recipes: aligned and direct are the library's; solve finds the three drives of each gray for the target's X, Y\n"
+      "and Z. Conditioning leaves out rows that are not credibly above black, raises components at or below black and\n"
+      "lowers values that fall, each named on standard error. docs/recipes.md has the rules and figures.\n\n"
       "Exit status: 0 done, 1 the panel cannot show the target white, 2 usage, 3 input unreadable or invalid,\n"
       "4 output failed.");
   command->callback([shared, command_line] { calibrate(*shared, command_line); });

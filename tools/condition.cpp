@@ -9,8 +9,10 @@
 
 namespace {
 
-const double kShare = 1e-4;      // of black, or of the strongest component: less is not told apart from nothing
-const double kClipped = 1e-3;    // of full light: what a clipped panel still gains
+const double kShare = 1e-4;      // of the strongest component: the least that another has
+const double kResolution = 1e-3; // of black at full drive: single precision tells 1/1023 of it from black
+const double kCredible = 10.0;   // times the resolution
+const double kClipped = 5e-3;    // of full light: what readings of a clipped panel may still rise
 const double kNoiseMargin = 2.0; // times the deepest reading below black
 
 double value(const vexo_lcnr &lcnr, int c, int m, int row) { return static_cast<double>(lcnr.data[c][m][row]); }
@@ -26,6 +28,12 @@ int strongest(const vexo_lcnr &lcnr, int c, int row) {
     best = above_black(lcnr, c, m, row) > above_black(lcnr, c, best, row) ? m : best;
   }
   return best;
+}
+
+// What a row has to exceed black by for each level of the tables that lead up to it to do so in single precision.
+double resolution(const vexo_lcnr &lcnr, int c, int m, int row) {
+  const double drive = static_cast<double>(lcnr.sample[row]) / static_cast<double>(lcnr.sample[lcnr.num - 1]);
+  return kResolution * drive * std::fabs(value(lcnr, c, m, 0));
 }
 
 // How far the deepest reading of each component lies below black.
@@ -49,7 +57,8 @@ std::string reason_to_leave_out(const vexo_lcnr &lcnr, const std::array<double, 
   for (int c = 0; c < 3; c++) {
     for (const int m : {strongest(lcnr, c, top), 1}) {
       const double black = value(lcnr, c, m, 0);
-      const double margin = std::max(kNoiseMargin * noise[static_cast<size_t>(m)], kShare * std::fabs(black));
+      const double margin =
+          std::max(kNoiseMargin * noise[static_cast<size_t>(m)], kCredible * resolution(lcnr, c, m, row));
       if (!(above_black(lcnr, c, m, row) > margin)) {
         return format("%s %s is %g, not credibly above black's %g (it takes %g more than black)", kChannels[c],
                       kComponents[m], value(lcnr, c, m, row), black, margin);
@@ -99,7 +108,7 @@ private:
         float &v = lcnr.data[n / 3][n % 3][row];
         const float black = lcnr.data[n / 3][n % 3][0];
         const double most = above_black(lcnr, n / 3, strongest(lcnr, n / 3, row), row);
-        const double least = static_cast<double>(black) + kShare * most;
+        const double least = static_cast<double>(black) + std::max(kShare * most, resolution(lcnr, n / 3, n % 3, row));
         if (static_cast<double>(v) < least) {
           const float raised = std::max(static_cast<float>(least), std::nextafterf(black, INFINITY));
           note(row, n, "raised", static_cast<double>(v), static_cast<double>(raised),

@@ -4,9 +4,10 @@
 // 1. Leave out a row between black and the top in which some channel is not credibly above black. Two components count:
 //    the one that is strongest at the channel's full drive, and Y. Each has to exceed black's by more than twice the
 //    deepest reading of that component below black in the whole file (light cannot be negative, so that is noise) and
-//    by a ten-thousandth of black's own. A row nearer to black than half a table level (1/1023 of full drive) goes too.
-//    Black and the top row always stay.
-// 2. Raise a component that is not above black's by a ten-thousandth of the strongest in its channel and row, to that.
+//    by a hundredth of black's own times the row's share of full drive. A row whose level is nearer to black than half
+//    of 1/1023 of full drive goes too. Black and the top row always stay.
+// 2. Raise a component that does not exceed black's by a ten-thousandth of the strongest in its channel and row, and by
+//    a thousandth of black's own times the row's share of full drive, until it does.
 // 3. Lower a component that is above the same one in the next row to it, from the top down (vexo_lcnr_normalize()).
 //
 // Above black every X, Y and Z then exceeds black's and none falls towards the top.
@@ -26,8 +27,8 @@ struct Conditioned {
 
 Conditioned condition(const Panel &panel);
 
-// The lowest row that shows full drive's X + Y + Z but for a thousandth, in every channel: the top one unless the panel
-// is clipped. The library's search for white sees nothing change above it.
+// The lowest row that shows, in every channel, full drive's X + Y + Z but for half a percent: the top one unless the
+// panel is clipped. Drives above it do nothing.
 int clip_row(const vexo_lcnr &lcnr);
 
 #endif

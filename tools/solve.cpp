@@ -35,17 +35,13 @@ public:
     }
   }
 
+  double first() const { return light_[1]; }
   double full() const { return light_[kTop]; }
 
   // The lowest drive, in table levels, that gives the light.
   double level(double s) const {
     const size_t k = above(s);
     return static_cast<double>(k - 1) + std::min((s - light_[k - 1]) / (light_[k] - light_[k - 1]), 1.0);
-  }
-
-  double light(double level) const {
-    const auto k = static_cast<size_t>(std::min(level, 1022.0));
-    return light_[k] + (light_[k + 1] - light_[k]) * (level - static_cast<double>(k));
   }
 
   // Beyond the ends the colour stays that of the end.
@@ -233,7 +229,7 @@ Solved solve(vexo_lut *lut, const vexo &bare, const Target &target) {
   Solved result = {0, 0, 0.0F, 0.0F};
   Bounds bounds;
   for (size_t c = 0; c < 3; c++) {
-    bounds.lowest[c] = channels[c].light(1.0);
+    bounds.lowest[c] = channels[c].first();
     bounds.highest[c] = channels[c].full();
   }
   for (int i = kTop; i >= result.toe; i--) {
@@ -247,10 +243,10 @@ Solved solve(vexo_lut *lut, const vexo &bare, const Target &target) {
       result.held_from = input;
       result.held_to = result.held == 1 ? input : result.held_to;
     }
-    bounds.highest = s;
     bool dark = false;
-    for (int c = 0; c < 3; c++) {
-      const double level = channels[static_cast<size_t>(c)].level(s[static_cast<size_t>(c)]);
+    for (size_t c = 0; c < 3; c++) {
+      bounds.highest[c] = std::min(s[c], bounds.highest[c]);
+      const double level = channels[c].level(bounds.highest[c]);
       lut[c].d[i] = static_cast<float>(level / kTop);
       dark = dark || level <= first_row;
     }
