@@ -287,13 +287,7 @@ void warn_when_worse(const Job &job, const Ramps &ramps) {
 Panel prepare(const CalibrateOptions &options, const Job &job, std::vector<std::string> *changes) {
   Panel panel = read_panel(options.panel);
   if (job.condition) {
-    const Conditioned conditioned = condition(panel);
-    for (const std::string &note : conditioned.notes) {
-      warn(note);
-    }
-    *changes = conditioned.notes;
-    panel.lcnr = conditioned.lcnr;
-    panel.lines = conditioned.lines;
+    *changes = condition_aloud(&panel);
   }
   return panel;
 }

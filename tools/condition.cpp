@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 #include "text.h"
@@ -147,6 +148,16 @@ private:
 } // namespace
 
 Conditioned condition(const Panel &panel) { return Conditioner(panel).run(); }
+
+std::vector<std::string> condition_aloud(Panel *panel) {
+  const Conditioned conditioned = condition(*panel);
+  for (const std::string &note : conditioned.notes) {
+    std::fprintf(stderr, "vexo: %s\n", note.c_str());
+  }
+  panel->lcnr = conditioned.lcnr;
+  panel->lines = conditioned.lines;
+  return conditioned.notes;
+}
 
 int clip_row(const vexo_lcnr &lcnr) {
   const auto light = [&](int c, int row) {

@@ -27,6 +27,9 @@ struct Conditioned {
 
 Conditioned condition(const Panel &panel);
 
+// Conditions the panel in place, says each change on standard error and returns them.
+std::vector<std::string> condition_aloud(Panel *panel);
+
 // The lowest row that shows, in every channel, full drive's X + Y + Z but for half a percent: the top one unless the
 // panel is clipped. Drives above it do nothing.
 int clip_row(const vexo_lcnr &lcnr);

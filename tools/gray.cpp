@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "commands.h"
+#include "condition.h"
 #include "failure.h"
 #include "grammar.h"
 #include "gray-ramp.h"
@@ -55,7 +56,8 @@ void print_table(vexo *panel, LutSet &luts, int steps) {
 
 void run(const Options &options) {
   const int steps = parse_integer("--steps", options.steps, 2, 1024);
-  const Panel panel = read_panel(options.panel);
+  Panel panel = read_panel(options.panel);
+  condition_aloud(&panel);
   LutSet luts = options.luts.empty() ? identity_luts(1024) : read_luts(options.luts);
   const auto context = bare_context(panel.lcnr);
   if (context == nullptr) {

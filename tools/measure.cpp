@@ -398,11 +398,9 @@ Json json_report(const Report &r) {
 }
 
 void write_conditioned(const MeasureOptions &options) {
-  const Conditioned conditioned = condition(read_panel(options.panel));
-  for (const std::string &note : conditioned.notes) {
-    std::fprintf(stderr, "vexo: %s\n", note.c_str());
-  }
-  write_panel(options.condition, conditioned.lcnr);
+  Panel panel = read_panel(options.panel);
+  condition_aloud(&panel);
+  write_panel(options.condition, panel.lcnr);
 }
 
 void measure(const MeasureOptions &options) {

@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "condition.h"
 #include "failure.h"
 #include "shared-options.h"
 
@@ -17,7 +18,8 @@ struct Options {
 void run(const Options &options, const std::string &command_line) {
   ReportSource source;
   source.target = parse_target(options.target);
-  const Panel panel = read_panel(options.panel);
+  Panel panel = read_panel(options.panel);
+  source.notes = condition_aloud(&panel);
   LutSet luts = read_luts(options.luts);
   source.panel = &panel;
   source.used = panel.lcnr;
