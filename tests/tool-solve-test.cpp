@@ -63,7 +63,7 @@ Panel with_drift(Panel panel, double factor) {
 // A figure of the summary: mean and worst before, mean and worst after.
 double figure(const std::string &text, const std::string &label, int column) {
   std::istringstream in(text.substr(text.find(label) + label.size()));
-  double value = NAN;
+  double value = std::nan("");
   for (int i = 0; i <= column; i++) {
     in >> value;
   }
