@@ -63,7 +63,7 @@ Panel with_drift(Panel panel, double factor) {
 // A figure of the summary: mean and worst before, mean and worst after.
 double figure(const std::string &text, const std::string &label, int column) {
   std::istringstream in(text.substr(text.find(label) + label.size()));
-  double value = NAN;
+  double value = std::nan("");
   for (int i = 0; i <= column; i++) {
     in >> value;
   }
@@ -182,6 +182,18 @@ TEST_F(Solve, FollowsDriftThatTheOtherRecipesCannot) {
   }
 }
 
+TEST_F(Solve, GoesToBlackInStraightLinesBelowTheLowestRow) {
+  const Troubled truth;
+  ASSERT_EQ(calibrate(truth.measure(11), "").code, 0);
+  const double aligned = shown(truth, 0.0, 0.1).mean;
+  ASSERT_EQ(calibrate(truth.measure(11), "--recipe solve").code, 0);
+  EXPECT_LT(shown(truth, 0.0, 0.1).mean, 0.85 * aligned);
+  const auto rows = codes();
+  for (size_t c = 0; c < 3; c++) {
+    EXPECT_NEAR(rows[51][c], rows[102][c] / 2.0, 1.0);
+  }
+}
+
 TEST_F(Solve, WhiteIsTheBrightestThatThePanelHas) {
   // The search in steps is content with less.
   const Troubled truth = {with_drift(panel_model::desktop_panel(), 0.0)};
@@ -210,6 +222,11 @@ TEST_F(Solve, SaysWhatItCannotDo) {
   vexo_lcnr near = Troubled().measure(17);
   near.sample[1] = 0.1F; // of 255: no table level of its own
   EXPECT_TRUE(has(calibrate(near, "").err, "row 1 (level 0.1) is left out: its level is nearer to black"));
+
+  vexo_lcnr faint = Troubled().measure(17);
+  faint.data[0][2][1] = faint.data[0][2][0] - 0.05F; // so noise is that deep,
+  faint.data[2][2][1] = faint.data[2][2][0] + 0.08F; // and this may be noise as well
+  EXPECT_TRUE(has(calibrate(faint, "").err, "row 1 (level 15.9375) is left out: blue Z is 0.5, not credibly above"));
 
   Troubled clipped;
   clipped.clip = {0.8, 0.8, 0.8};
