@@ -1,4 +1,4 @@
-// What the tests of 3D LUTs share: owned tables, a decimal-comma locale, processes with little memory.
+// Owned 3D LUTs.
 #ifndef VEXO_TESTS_LUT3D_SUPPORT_H
 #define VEXO_TESTS_LUT3D_SUPPORT_H
 
@@ -36,54 +36,5 @@ template <typename Value> Lut table(int size, const char *title, Value value) {
   }
   return lut;
 }
-
-// A scratch folder that goes with its owner.
-class Folder {
-public:
-  Folder() : path_((std::filesystem::temp_directory_path() / "vexo-XXXXXX").string()) {
-    if (mkdtemp(path_.data()) == nullptr) {
-      std::abort();
-    }
-  }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  Folder(const Folder &) = delete;
-  Folder &operator=(const Folder &) = delete;
-  std::string file(const std::string &name) const { return path_ + "/" + name; }
-
-private:
-  std::string path_;
-};
-
-// Sets the process to a locale with a decimal comma, built for the purpose, as long as the guard lives.
-class CommaLocale {
-public:
-  CommaLocale() {
-    const std::string build = "localedef -c -i de_DE -f UTF-8 '" + folder_.file("de_DE.UTF-8") + "' >/dev/null 2>&1";
-    // localedef complains about harmless things: what counts is whether the locale can be set.
-    if (std::system(build.c_str()) != -1) {
-      setenv("LOCPATH", folder_.file("").c_str(), 1);
-      active_ = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr && *std::localeconv()->decimal_point == ',';
-    }
-  }
-  ~CommaLocale() {
-    std::setlocale(LC_ALL, "C");
-    unsetenv("LOCPATH");
-  }
-  CommaLocale(const CommaLocale &) = delete;
-  CommaLocale &operator=(const CommaLocale &) = delete;
-  bool active() const { return active_; }
-
-private:
-  Folder folder_;
-  bool active_ = false;
-};
-
-#if defined(__SANITIZE_ADDRESS__)
-const bool kSanitized = true;
-#elif defined(__has_feature)
-const bool kSanitized = __has_feature(address_sanitizer);
-#else
-const bool kSanitized = false;
-#endif
 
 #endif

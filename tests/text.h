@@ -52,11 +52,11 @@ inline std::string dump_heading(const char *prefix, const char *kind, const void
   return (prefix != nullptr ? std::string(prefix) + " " : std::string()) + kind + "(" + address(record) + "):\n";
 }
 
-// A folder that lives as long as the object.
+// A folder that lives as long as the object. Its name has a blank, as folders may.
 class TemporaryFolder {
 public:
   TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "vexo-tests-XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / "vexo tests-XXXXXX").string();
     if (mkdtemp(name.data()) != nullptr) {
       name_ = name;
     }
@@ -90,6 +90,7 @@ template <typename Check> void in_both_locales(Check check) {
   ASSERT_STREQ(",", std::localeconv()->decimal_point);
   const testing::ScopedTrace trace(__FILE__, __LINE__, "decimal comma");
   check();
+  EXPECT_STREQ(",", std::localeconv()->decimal_point); // the application's locale is as it was
   std::setlocale(LC_ALL, "C");
   unsetenv("LOCPATH");
 }

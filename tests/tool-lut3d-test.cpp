@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "lut3d-support.h"
+#include "allocation.h"
 #include "tool.h"
 
 namespace {
@@ -249,7 +249,7 @@ TEST_F(Lut3dTool, SaysWhatIsWrongWithAFile) {
   };
   for (const auto &c : cases) {
     save(path(c.name), c.text);
-    const std::string limits = kSanitized ? "ulimit -t 20;" : "ulimit -v 200000; ulimit -t 5;";
+    const std::string limits = kAllocationCanFail ? "ulimit -v 200000; ulimit -t 5;" : "ulimit -t 20;";
     const Result r = run(std::string("lut3d convert ") + c.name + " o.cube " + c.options, limits);
     EXPECT_EQ(r.code, 3) << c.message << r.err;
     EXPECT_TRUE(has(r.err, c.message)) << c.message << "\n" << r.err;
