@@ -30,6 +30,14 @@ inline std::FILE *stream_of(const std::string &text) {
   return f;
 }
 
+inline std::string repeated(int count, const std::string &text) {
+  std::string all;
+  while (count-- > 0) {
+    all += text;
+  }
+  return all;
+}
+
 // What a function prints to the standard error stream.
 template <typename Run> std::string diagnostics(Run run) {
   return printed([&](std::FILE *f) {
