@@ -36,4 +36,13 @@ template <typename Record> std::vector<uint32_t> bits_of(const Record &record) {
   return u;
 }
 
+// FNV-1a over words.
+inline uint64_t digest(const std::vector<uint32_t> &words) {
+  uint64_t d = 14695981039346656037U;
+  for (const uint32_t word : words) {
+    d = (d ^ word) * 1099511628211U;
+  }
+  return d;
+}
+
 #endif

@@ -30,6 +30,14 @@ inline std::FILE *stream_of(const std::string &text) {
   return f;
 }
 
+inline std::string repeated(int count, const std::string &text) {
+  std::string all;
+  while (count-- > 0) {
+    all += text;
+  }
+  return all;
+}
+
 // What a function prints to the standard error stream.
 template <typename Run> std::string diagnostics(Run run) {
   return printed([&](std::FILE *f) {
@@ -52,11 +60,11 @@ inline std::string dump_heading(const char *prefix, const char *kind, const void
   return (prefix != nullptr ? std::string(prefix) + " " : std::string()) + kind + "(" + address(record) + "):\n";
 }
 
-// A folder that lives as long as the object.
+// A folder that lives as long as the object. Its name has a blank, as folders may.
 class TemporaryFolder {
 public:
   TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "vexo-tests-XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / "vexo tests-XXXXXX").string();
     if (mkdtemp(name.data()) != nullptr) {
       name_ = name;
     }
@@ -90,6 +98,7 @@ template <typename Check> void in_both_locales(Check check) {
   ASSERT_STREQ(",", std::localeconv()->decimal_point);
   const testing::ScopedTrace trace(__FILE__, __LINE__, "decimal comma");
   check();
+  EXPECT_STREQ(",", std::localeconv()->decimal_point); // the application's locale is as it was
   std::setlocale(LC_ALL, "C");
   unsetenv("LOCPATH");
 }

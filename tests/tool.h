@@ -12,6 +12,8 @@
 #include <sstream>
 #include <string>
 
+#include "text.h"
+
 inline std::string contents(const std::string &path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream text;
@@ -30,30 +32,25 @@ struct Result {
 // In the folder, "panel.xml" is the sample panel.
 class Tool : public testing::Test {
 protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/vexo tool.XXXXXX"; // with a space, as folders may have
-    folder_ = mkdtemp(pattern);
-    save(path("panel.xml"), contents(VEXO_EXAMPLES "/sample-panel.xml"));
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
+  void SetUp() override { save(path("panel.xml"), contents(VEXO_EXAMPLES "/sample-panel.xml")); }
 
-  std::string path(const std::string &name) const { return folder_ + "/" + name; }
+  std::string path(const std::string &name) const { return folder_.path(name); }
 
   // before: shell commands that set the stage.
   Result run(const std::string &arguments, const std::string &before = "") const {
-    const std::string command = "cd '" + folder_ + "' && " + before + " '" VEXO_TOOL "' " + arguments + " >out 2>err";
+    const std::string command = "cd '" + path("") + "' && " + before + " '" VEXO_TOOL "' " + arguments + " >out 2>err";
     const int status = std::system(command.c_str());
     return Result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(path("out")), contents(path("err"))};
   }
 
   // How many files a test and its runs left in the folder.
   long files() const {
-    const std::filesystem::directory_iterator entries(folder_);
+    const std::filesystem::directory_iterator entries(path(""));
     return std::distance(begin(entries), end(entries));
   }
 
 private:
-  std::string folder_;
+  const TemporaryFolder folder_;
 };
 
 inline bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }

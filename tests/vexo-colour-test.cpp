@@ -150,15 +150,7 @@ TEST(PerceptualSpaces, OfKnownColours) {
   }
 }
 
-TEST(PerceptualSpaces, WithoutAUsableWhite) {
-  vexo_vector colour = {{20.0F, 30.0F, 40.0F}};
-  vexo_vector white = {{-1.0F, 30.0F, 1.0F}};
-  EXPECT_EQ(vexo_XYZ_Lstar(&colour, 0.0F), 100.0F);
-  EXPECT_EQ(vexo_XYZ_Luv(&colour, &white), 0);
-  expect_same(colour, {{100.0F, 0.0F, 0.0F}});
-}
-
-TEST(PerceptualSpaces, HueHasNoQuadrant) {
+TEST(PerceptualSpaces, HueHasNoQuadrantAndWhiteMayBeUnusable) {
   const float quarter = static_cast<float>(std::acos(-1.0) / 4.0);
   const vexo_vector cases[][2] = {
       {{{50.0F, 1.0F, 1.0F}}, {{50.0F, std::sqrt(2.0F), quarter}}},
@@ -170,6 +162,11 @@ TEST(PerceptualSpaces, HueHasNoQuadrant) {
     EXPECT_EQ(vexo_Lab_LCH(&v), 0);
     expect_same(v, c[1]);
   }
+  vexo_vector colour = {{20.0F, 30.0F, 40.0F}};
+  vexo_vector unusable = {{-1.0F, 30.0F, 1.0F}};
+  EXPECT_EQ(vexo_XYZ_Lstar(&colour, 0.0F), 100.0F);
+  EXPECT_EQ(vexo_XYZ_Luv(&colour, &unusable), 0);
+  expect_same(colour, {{100.0F, 0.0F, 0.0F}});
   vexo_vector gray = {{50.0F, 0.0F, 0.0F}};
   vexo_Lab_LCH(&gray);
   EXPECT_TRUE(std::isnan(gray.d[2]));
@@ -265,8 +262,6 @@ TEST(Gamut, OfStandardSpaces) {
       {"BT.709", {{0.64F, 0.33F}, {0.30F, 0.60F}, {0.15F, 0.06F}, {0.3127F, 0.3290F}}, 0.11205},
       {"BT.2020", {{0.708F, 0.292F}, {0.170F, 0.797F}, {0.131F, 0.046F}, {0.3127F, 0.3290F}}, 0.2118665},
       {"DCI-P3", {{0.68F, 0.32F}, {0.265F, 0.69F}, {0.15F, 0.06F}, {0.314F, 0.351F}}, 0.152},
-      {"Adobe", {{0.64F, 0.33F}, {0.21F, 0.71F}, {0.15F, 0.06F}, {0.3127F, 0.3290F}}, 0.15115},
-      {"NTSC", {{0.67F, 0.33F}, {0.21F, 0.71F}, {0.14F, 0.08F}, {0.3101F, 0.3162F}}, 0.1582},
   };
   for (Space &s : spaces) {
     SCOPED_TRACE(s.name);

@@ -102,27 +102,19 @@ const struct {
 } kRanges[] = {
     {YCBCR_VIDEO_RANGE, RGB_VIDEO_RANGE, 8, 16, 235, 60, 16, 240},
     {YCBCR_VIDEO_RANGE, RGB_VIDEO_RANGE, 10, 64, 940, 239, 64, 960},
-    {YCBCR_VIDEO_RANGE, RGB_VIDEO_RANGE, 12, 256, 3760, 957, 256, 3840},
-    {YCBCR_VIDEO_RANGE, RGB_VIDEO_RANGE, 16, 4096, 60160, 15309, 4096, 61440},
     {YCBCR_FULL_RANGE, RGB_GRAPHIC_RANGE, 8, 0, 255, 51, 0.5F, 255.5F},
     {YCBCR_FULL_RANGE, RGB_GRAPHIC_RANGE, 10, 0, 1023, 205, 0.5F, 1023.5F},
-    {YCBCR_FULL_RANGE, RGB_GRAPHIC_RANGE, 12, 0, 4095, 819, 0.5F, 4095.5F},
-    {YCBCR_FULL_RANGE, RGB_GRAPHIC_RANGE, 16, 0, 65535, 13107, 0.5F, 65535.5F},
     {YCBCR_EXTENDED_RANGE, RGB_EXTENDED_RANGE, 8, 16, 254, 64, 6.28F, 249.72F},
     {YCBCR_EXTENDED_RANGE, RGB_EXTENDED_RANGE, 10, 64, 1019, 255, 23.6F, 1000.4F},
-    {YCBCR_EXTENDED_RANGE, RGB_EXTENDED_RANGE, 12, 256, 4079, 1021, 92.86F, 4003.14F},
-    {YCBCR_EXTENDED_RANGE, RGB_EXTENDED_RANGE, 16, 4096, 65279, 16333, 1478.06F, 64057.94F},
     {YCBCR_SMPTE_FULL_RANGE, RGB_SMPTE_FULL_RANGE, 8, 1, 254, 52, -1.39F, 257.39F},
     {YCBCR_SMPTE_FULL_RANGE, RGB_SMPTE_FULL_RANGE, 10, 4, 1019, 207, -7.09F, 1031.09F},
-    {YCBCR_SMPTE_FULL_RANGE, RGB_SMPTE_FULL_RANGE, 12, 16, 4079, 829, -29.88F, 4125.88F},
-    {YCBCR_SMPTE_FULL_RANGE, RGB_SMPTE_FULL_RANGE, 16, 256, 65279, 13261, -485.77F, 66021.77F},
 };
 
 TEST(Csc, EveryRangeAtEveryDepth) {
   for (const auto &r : kRanges) {
     SCOPED_TRACE(testing::Message() << "ranges " << r.ycbcr << " and " << r.rgb << " at " << r.nbits << " bits");
-    vexo_csc encode = build(kEncode, RGB_GRAPHIC_RANGE, r.ycbcr, neutral(), 8, r.nbits);
-    vexo_csc decode = build(kDecode, YCBCR_FULL_RANGE, r.rgb, neutral(), 8, r.nbits);
+    const vexo_csc encode = build(kEncode, RGB_GRAPHIC_RANGE, r.ycbcr, neutral(), 8, r.nbits);
+    const vexo_csc decode = build(kDecode, YCBCR_FULL_RANGE, r.rgb, neutral(), 8, r.nbits);
     const float centre = std::ldexp(1.0F, r.nbits - 1);
     const float grays[][2] = {{0, r.black}, {255, r.white}, {51, r.gray}};
     for (const auto &[in, out] : grays) {
@@ -133,61 +125,10 @@ TEST(Csc, EveryRangeAtEveryDepth) {
     EXPECT_NEAR(apply(encode, {{255, 255, 0}}).d[1], r.low, 0.02F);
     EXPECT_NEAR(apply(encode, {{255, 0, 0}}).d[2], r.high, 0.02F);
     EXPECT_NEAR(apply(encode, {{0, 255, 255}}).d[2], r.low, 0.02F);
-
-    // Brightness and offset are fractions of the same spans.
-    vexo_ccp bright = neutral();
-    vexo_ccp tinted = neutral();
-    bright.brightness = 0.5F;
-    tinted.offset = {{0.25F, 0, -1}};
-    V change = build(kEncode, RGB_GRAPHIC_RANGE, r.ycbcr, bright, 8, r.nbits).offset;
-    vexo_vector_sub(&change, &encode.offset);
-    EXPECT_LE(distance(change, {{(r.white - r.black) / 2, 0, 0}}), 0.01F);
-    change = build(kDecode, YCBCR_FULL_RANGE, r.rgb, tinted, 8, r.nbits).offset;
-    vexo_vector_sub(&change, &decode.offset);
-    EXPECT_LE(distance(change, {{(r.white - r.black) / 4, 0, r.black - r.white}}), 0.01F);
-  }
-}
-
-TEST(Csc, ThereAndBackWithinOneCode) {
-  const color_range rgb[] = {RGB_GRAPHIC_RANGE, RGB_VIDEO_RANGE, RGB_EXTENDED_RANGE, RGB_SMPTE_FULL_RANGE};
-  const color_range ycbcr[] = {YCBCR_VIDEO_RANGE, YCBCR_FULL_RANGE, YCBCR_EXTENDED_RANGE, YCBCR_SMPTE_FULL_RANGE};
-  for (int kind = 0; kind < 4; kind++) {
-    const int opposite = kind < kRgb ? 1 - kind : kind;
-    for (int i = 0; i < 32; i++) {
-      const color_range src = (kind == kEncode || kind == kRgb ? rgb : ycbcr)[i / 4 % 4];
-      const color_range dst = (kind == kDecode || kind == kRgb ? rgb : ycbcr)[i % 4];
-      const int nbits = i < 16 ? 8 : 10; // two more on the way keep the rounding below one code
-      const vexo_csc there = build(kind, src, dst, neutral(), nbits, nbits + 2, &bt709, &dci_p3);
-      const vexo_csc back = build(opposite, dst, src, neutral(), nbits + 2, nbits, &dci_p3, &bt709);
-      const float step = std::ldexp(1.0F, nbits - 3);
-      float worst = 0;
-      for (int k = 0; k < 512; k++) {
-        const int grid[] = {k / 64, k / 8 % 8, k % 8};
-        const V code = {{static_cast<float>(grid[0]) * step, static_cast<float>(grid[1]) * step,
-                         static_cast<float>(grid[2]) * step}};
-        worst = std::max(worst, distance(rounded(apply(back, rounded(apply(there, code)))), code));
-      }
-      EXPECT_LE(worst, 1.0F) << "builder " << kind << " ranges " << src << " " << dst << " at " << nbits;
-    }
   }
 }
 
 vexo_ccp strong_controls() { return {0.3F, 1.2F, 0.9F, -0.04F, {{1.05F, 0.95F, 1.1F}}, {{0.02F, -0.01F, 0.03F}}, {}}; }
-
-TEST(Csc, TwoStagesActOneAfterTheOther) {
-  const color_range rgb = RGB_VIDEO_RANGE;
-  const color_range ycbcr = YCBCR_FULL_RANGE;
-  for (int kind : {kRgb, kYcbcr}) {
-    const color_range outer = kind == kRgb ? rgb : ycbcr;
-    const color_range inner = kind == kRgb ? ycbcr : rgb;
-    const vexo_csc whole = build(kind, outer, outer, strong_controls(), 8, 10, &bt709, &dci_p3);
-    const vexo_csc first = build(kind - kRgb, outer, inner, strong_controls(), 8, 10, &bt709, &dci_p3);
-    const vexo_csc second = build(kYcbcr - kind, inner, outer, neutral(), 10, 10, &dci_p3, &dci_p3);
-    for (const V &v : {V{{0, 0, 0}}, V{{255, 0, 0}}, V{{0, 255, 0}}, V{{0, 0, 255}}}) {
-      EXPECT_LE(distance(apply(whole, v), apply(second, apply(first, v))), 0.005F);
-    }
-  }
-}
 
 TEST(Csc, ControlsActWhereTheyBelong) {
   const auto encode = [](vexo_ccp ccp, V v) {
@@ -270,15 +211,14 @@ TEST(Csc, ComponentOrders) {
 TEST(Csc, EveryBitOfTheBuilders) {
   const uint64_t digests[] = {0xd62caef7c7805ae5, 0x9a9b8bf2178998a1, 0xa2beeba6938f27a1, 0x45567343bb811c57};
   for (int kind = 0; kind < 4; kind++) {
-    uint64_t digest = 14695981039346656037U;
+    std::vector<uint32_t> words;
     for (int i = 0; i < 8 * 8 * 9 * 9; i++) {
       const vexo_csc csc = build(kind, static_cast<color_range>(i / 648), static_cast<color_range>(i / 81 % 8),
                                  strong_controls(), 8 + i / 9 % 9, 8 + i % 9, &bt709, &dci_p3);
-      for (const uint32_t word : bits_of(csc)) {
-        digest = (digest ^ word) * 1099511628211U;
-      }
+      const std::vector<uint32_t> more = bits_of(csc);
+      words.insert(words.end(), more.begin(), more.end());
     }
-    EXPECT_EQ(digest, digests[kind]) << kind;
+    EXPECT_EQ(digest(words), digests[kind]) << kind;
   }
 }
 

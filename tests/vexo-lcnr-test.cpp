@@ -40,14 +40,6 @@ std::string with_file(const std::string &text, const std::function<void(const ch
   return left.str();
 }
 
-std::string repeated(int count, const std::string &text) {
-  std::string all;
-  while (count-- > 0) {
-    all += text;
-  }
-  return all;
-}
-
 TEST(Lcnr, LoadUnderAnyLocale) {
   const Row full = {1.5F, 0.25F, 3, 4, 5, 6, 7, 8, 9, 10.125F};
   const std::string numbers = "1.5,0.25,3,4,5,6,7,8,9,10.125";
