@@ -6,12 +6,13 @@
 #include <climits>
 #include <cmath>
 
-namespace {
+#include "vexo-xyY.h"
 
-bool vexo_xyY_valid(const vexo_vector *xyY) {
-  const auto &d = xyY->d;
-  return d[0] >= 0.0F && d[0] < 1.0F && d[1] >= 0.0F && d[1] < 1.0F && d[2] >= 0.0F;
-}
+using vexo_internal::mix_weighted;
+using vexo_internal::valid_xyY;
+using vexo_internal::weight;
+
+namespace {
 
 // Robertson's isotemperature lines (A. R. Robertson, "Computation of correlated color temperature and distribution
 // temperature", J. Opt. Soc. Am. 58, 1968): where each crosses the Planckian locus in the CIE 1960 diagram, and its
@@ -152,7 +153,7 @@ float rotation(float hpbar, float Cpbar) {
 int vexo_XYZ_valid(vexo_vector *XYZ) { return XYZ->d[0] >= 0.0F && XYZ->d[1] >= 0.0F && XYZ->d[2] >= 0.0F; }
 
 int vexo_XYZ_xyz(vexo_vector *XYZ) {
-  const float sum = vexo_vector_sum(XYZ);
+  const float sum = XYZ->d[0] + XYZ->d[1] + XYZ->d[2];
   if (!(sum > 0.0F)) {
     return -1;
   }
@@ -161,7 +162,7 @@ int vexo_XYZ_xyz(vexo_vector *XYZ) {
 }
 
 int vexo_XYZ_xyY(vexo_vector *XYZ) {
-  const float sum = vexo_vector_sum(XYZ);
+  const float sum = XYZ->d[0] + XYZ->d[1] + XYZ->d[2];
   if (!(sum > 0.0F)) {
     return -1;
   }
@@ -173,11 +174,10 @@ int vexo_XYZ_xyY_array(int size, float **XYZ) {
   if (size < 1) {
     return -1;
   }
-  vexo_vector black = {{XYZ[0][0], XYZ[1][0], XYZ[2][0]}};
+  const float black[3] = {XYZ[0][0], XYZ[1][0], XYZ[2][0]};
   XYZ[0][0] = XYZ[1][0] = XYZ[2][0] = 0.0F;
   for (int i = 1; i < size; i++) {
-    vexo_vector v = {{XYZ[0][i], XYZ[1][i], XYZ[2][i]}};
-    vexo_vector_sub(&v, &black);
+    vexo_vector v = {{XYZ[0][i] - black[0], XYZ[1][i] - black[1], XYZ[2][i] - black[2]}};
     if (vexo_XYZ_xyY(&v) != 0) {
       return -1;
     }
@@ -203,7 +203,7 @@ int vexo_XYZ_uvY(vexo_vector *XYZ) {
 }
 
 int vexo_xyY_XYZ(vexo_vector *xyY) {
-  if (!vexo_xyY_valid(xyY)) {
+  if (!valid_xyY(*xyY)) {
     return -1;
   }
   const float x = xyY->d[0];
@@ -220,7 +220,7 @@ int vexo_xyY_XYZ(vexo_vector *xyY) {
 }
 
 int vexo_xyY_uvY(vexo_vector *xyY) {
-  if (!vexo_xyY_valid(xyY)) {
+  if (!valid_xyY(*xyY)) {
     return -1;
   }
   const float x = xyY->d[0];
@@ -242,16 +242,11 @@ int vexo_XYZ_mix(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *XYZ) {
 }
 
 int vexo_xyY_mix(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY) {
-  if (!vexo_xyY_valid(xyY1) || !vexo_xyY_valid(xyY2)) {
+  if (!valid_xyY(*xyY1) || !valid_xyY(*xyY2)) {
     vexo_vector_init(xyY);
     return -1;
   }
-  const auto &a = xyY1->d;
-  const auto &b = xyY2->d;
-  const float S2 = b[2] / b[1];
-  const float S1 = a[2] / a[1];
-  const float k = S2 / (S1 + S2);
-  *xyY = vexo_vector{{a[0] + (b[0] - a[0]) * k, a[1] + (b[1] - a[1]) * k, a[2] + b[2]}};
+  *xyY = mix_weighted(*xyY1, weight(*xyY1), *xyY2, weight(*xyY2));
   return 0;
 }
 
