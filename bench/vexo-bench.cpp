@@ -68,13 +68,13 @@ void find_level(benchmark::State &state, Lookup lookup, bool falling) {
 
 } // namespace
 
-BENCHMARK_CAPTURE(calibrate, data_alignment / plain, plain::data_alignment)->ArgName("passes")->Arg(1)->Arg(5);
+BENCHMARK_CAPTURE(calibrate, data_alignment_plain, plain::data_alignment)->ArgName("passes")->Arg(1)->Arg(5);
 BENCHMARK_CAPTURE(calibrate, data_alignment, vexo_data_alignment)->ArgName("passes")->Arg(1)->Arg(5);
-BENCHMARK_CAPTURE(calibrate, generate_lut / plain, plain::generate_lut)->ArgName("passes")->Arg(1)->Arg(5);
+BENCHMARK_CAPTURE(calibrate, generate_lut_plain, plain::generate_lut)->ArgName("passes")->Arg(1)->Arg(5);
 BENCHMARK_CAPTURE(calibrate, generate_lut, vexo_generate_lut)->ArgName("passes")->Arg(1)->Arg(5);
-BENCHMARK_CAPTURE(find_white, peak_white_adjust / plain, plain::peak_white_adjust)->ArgName("passes")->Arg(1)->Arg(5);
+BENCHMARK_CAPTURE(find_white, peak_white_adjust_plain, plain::peak_white_adjust)->ArgName("passes")->Arg(1)->Arg(5);
 BENCHMARK_CAPTURE(find_white, peak_white_adjust, vexo_peak_white_adjust)->ArgName("passes")->Arg(1)->Arg(5);
-BENCHMARK_CAPTURE(find_level, data_Y_xyY / plain, plain::data_Y_xyY, false)->Arg(1);
+BENCHMARK_CAPTURE(find_level, data_Y_xyY_plain, plain::data_Y_xyY, false)->Arg(1);
 BENCHMARK_CAPTURE(find_level, data_Y_xyY, vexo_data_Y_xyY, false)->Arg(1);
-BENCHMARK_CAPTURE(find_level, data_Y_xyY_falling / plain, plain::data_Y_xyY, true)->Arg(1);
-BENCHMARK_CAPTURE(find_level, data_Y_xyY_falling, vexo_data_Y_xyY, true)->Arg(1);
+BENCHMARK_CAPTURE(find_level, Y_xyY_falling_plain, plain::data_Y_xyY, true)->Arg(1);
+BENCHMARK_CAPTURE(find_level, Y_xyY_falling, vexo_data_Y_xyY, true)->Arg(1);

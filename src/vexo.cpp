@@ -8,6 +8,7 @@
 
 #include "vexo-clones.h"
 #include "vexo-cs.h"
+#include "vexo-curve.h"
 #include "vexo-exact.h"
 #include "vexo-locale.h"
 #include "vexo-rows.h"
@@ -15,9 +16,11 @@
 #include "vexo-xyY.h"
 
 using vexo_internal::blend;
+using vexo_internal::drives_of_light;
 using vexo_internal::first_reached;
 using vexo_internal::FirstReach;
 using vexo_internal::kRows;
+using vexo_internal::light_of_inputs;
 using vexo_internal::mix_weighted;
 using vexo_internal::rows_of;
 using vexo_internal::table_at;
@@ -653,15 +656,19 @@ int vexo_adjust_wb(const float *R, const float *G, const float *B, const float *
 }
 
 int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_gamma *camera, vexo_gamma *system) {
-  vexo_lut response;
-  if (vexo_lut_init(&response, kLevels) != 0) {
-    return -1;
+  for (int c = 0; c < 3; c++) {
+    if (c > 0 && lut[c].size == lut[0].size) {
+      vexo_lut_set_data(&lut[c], lut[0].d); // the light asked for is the same
+    } else if (lut[c].size >= 2) {
+      light_of_inputs(&lut[c], camera, system);
+    }
   }
   for (int c = 0; c < 3; c++) {
-    vexo_lut_set_data(&response, data[c][2]);
-    vexo_gamma_lut_invert(&lut[c], camera, system, &response);
+    const vexo_lut response = {kLevels, data[c][2]};
+    if (lut[c].size >= 2) {
+      drives_of_light(&lut[c], &response);
+    }
   }
-  vexo_lut_destroy(&response);
   return 0;
 }
 
