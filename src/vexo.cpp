@@ -202,7 +202,7 @@ struct GrayLevel {
   float Y;           // luminance to keep, absolute
   float maxY_red;
   float maxY_blue;
-  const vexo_vector *target;
+  vexo_vector target;
 };
 
 // Candidates of gray tracking side by side, in arrays that vectorise: all in steps of red from the first down.
@@ -219,42 +219,59 @@ struct Candidates {
   float distance[kLanes]; // of the mixture to the target
 };
 
+// A segment of a channel between two table levels.
+struct Segment {
+  Segment(const Table &T, int below) : level(static_cast<float>(below)) {
+    for (int m = 0; m < 3; m++) {
+      low[m] = T[m][below];
+      high[m] = T[m][below + 1];
+    }
+  }
+  float level; // the lower
+  float low[3];
+  float high[3];
+};
+
 // Reads red at kLanes levels from 0 <= first < 1023 down. These span less than a level, so that they lie in two
-// segments of the table; negative ones read level 0. Levels below 1024 are exact in sixteenths, so that the n-th is
+// segments of the table; negative ones read anything. Levels below 1024 are exact in sixteenths, so that the n-th is
 // what n subtractions leave.
-VEXO_CLONES void sample_red(Candidates *lane, const Table &T, const GrayLevel &gray, float first) {
-  const int upper = static_cast<int>(first);
-  const int lower = upper > 0 ? upper - 1 : 0;
-  const float upper_level = static_cast<float>(upper);
-  const float lower_level = static_cast<float>(lower);
+VEXO_CLONES void sample_red(Candidates *lane, Segment upper, Segment lower, GrayLevel gray, float first) {
   for (int i = 0; i < kLanes; i++) {
     const float red = first - static_cast<float>(i) * kRedStep;
-    const bool high = red >= upper_level;
-    const float t = red - (high ? upper_level : lower_level);
+    const bool in_upper = red >= upper.level;
+    const float t = red - (in_upper ? upper.level : lower.level);
+    float v[3];
+    for (int m = 0; m < 3; m++) {
+      v[m] = blend(in_upper ? upper.low[m] : lower.low[m], in_upper ? upper.high[m] : lower.high[m], t);
+    }
     lane->red[i] = red;
-    lane->x[i] = blend(high ? T[0][upper] : T[0][lower], high ? T[0][upper + 1] : T[0][lower + 1], t);
-    lane->y[i] = blend(high ? T[1][upper] : T[1][lower], high ? T[1][upper + 1] : T[1][lower + 1], t);
-    lane->Y[i] = blend(high ? T[2][upper] : T[2][lower], high ? T[2][upper + 1] : T[2][lower + 1], t) * gray.maxY_red;
+    lane->x[i] = v[0];
+    lane->y[i] = v[1];
+    lane->Y[i] = v[2] * gray.maxY_red;
     lane->need[i] = (gray.Y - lane->Y[i] - gray.green.d[2]) / gray.maxY_blue;
   }
 }
 
-// Mixes each red with green and with the blue between levels below and below + 1. Nothing depends on a lane's values
-// but its results; those of a lane without such levels mean nothing.
-VEXO_CLONES void mix_lanes(Candidates *lane, const BlueLevels &levels, const GrayLevel &gray) {
+// Mixes each red with green and with the blue between levels below and below + 1. Lanes do not depend on each other;
+// what comes of one without such levels means nothing.
+VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, GrayLevel gray) {
+  const float *__restrict Y = levels.T[2];
+  const float *__restrict X = levels.X;
+  const float *__restrict Z = levels.Z;
   const float Sg = weight(gray.green);
   const bool green_valid = valid_xyY(gray.green);
   for (int i = 0; i < kLanes; i++) {
     const int j = lane->below[i] > 0 ? lane->below[i] : 0;
     const float need = lane->need[i];
-    const float Y = levels.T[2][j];
-    const float blue = (need - Y) / (levels.T[2][j + 1] - Y) + static_cast<float>(j);
+    const float blue = (need - Y[j]) / (Y[j + 1] - Y[j]) + static_cast<float>(j);
     const float t = blue - static_cast<float>(j);
-    const float X = blend(levels.X[j], levels.X[j + 1], t);
-    const float Z = blend(levels.Z[j], levels.Z[j + 1], t);
-    const float sum = X + need + Z;
-    const bool lit = sum > 0.0F;
-    const vexo_vector vb = {{lit ? X / sum : X, lit ? need / sum : need, (lit ? need : Z) * gray.maxY_blue}};
+    const float need_X = blend(X[j], X[j + 1], t);
+    const float need_Z = blend(Z[j], Z[j + 1], t);
+    const float sum = need_X + need + need_Z;
+    const bool lit = sum > 0.0F; // else no chromaticity: XYZ stays
+    const float x = need_X / sum;
+    const float y = need / sum;
+    const vexo_vector vb = {{lit ? x : need_X, lit ? y : need, (lit ? need : need_Z) * gray.maxY_blue}};
     const vexo_vector vr = {{lane->x[i], lane->y[i], lane->Y[i]}};
     const vexo_vector pair = mix_weighted(vr, weight(vr), gray.green, Sg);
     const vexo_vector mixed = mix_weighted(pair, weight(pair), vb, weight(vb));
@@ -262,7 +279,7 @@ VEXO_CLONES void mix_lanes(Candidates *lane, const BlueLevels &levels, const Gra
     const vexo_vector shown = {{mixes ? mixed.d[0] : 0.0F, mixes ? mixed.d[1] : 0.0F, 0.0F}};
     lane->blue[i] = blue;
     lane->mixes[i] = green_valid & valid_xyY(vr);
-    lane->distance[i] = vexo_color_distance(gray.target, &shown);
+    lane->distance[i] = vexo_color_distance(&gray.target, &shown);
   }
 }
 
@@ -276,7 +293,7 @@ void mix_lane(Candidates *lane, int i, const Table &T, const GrayLevel &gray) {
   vb.d[2] *= gray.maxY_blue;
   vexo_xyY_mix_3(&vr, &vg, &vb, &mixed);
   lane->mixes[i] = valid_xyY(vr) && valid_xyY(vg);
-  lane->distance[i] = vexo_color_distance(gray.target, &mixed);
+  lane->distance[i] = vexo_color_distance(&gray.target, &mixed);
 }
 
 // Searches the red and blue of gray level ng that come nearest to the target at the luminance that the LUTs give the
@@ -291,12 +308,13 @@ void track_level(vexo_lut *lut, vexo *panel, const vexo_vector *target, int ng, 
   const float Yb = table_at(panel->data[2][2], kTop, blue_entry * kTopF);
   const vexo_vector green = channel_xyY(panel, 1, lut[1].d[ng] * kTopF);
   const float Y = green.d[2] + Yr * panel->maxY[0] + Yb * panel->maxY[2];
-  const GrayLevel gray = {green, Y, panel->maxY[0], panel->maxY[2], target};
+  const GrayLevel gray = {green, Y, panel->maxY[0], panel->maxY[2], *target};
 
   float best = kFarthest;
   Candidates lane;
   for (float first = red_above - kRedStep; first >= 0.0F; first -= kRedStep * kLanes) {
-    sample_red(&lane, panel->data[0], gray, first);
+    const int level = first < kTopF ? static_cast<int>(first) : kTop - 1;
+    sample_red(&lane, Segment(panel->data[0], level), Segment(panel->data[0], level > 0 ? level - 1 : 0), gray, first);
     for (int i = 0; i < kLanes; i++) {
       lane.below[i] = levels->below(lane.need[i]);
     }
@@ -361,8 +379,8 @@ struct Shades {
 };
 
 // The distances of a mixture of red and green with each blue to ref; whether one is below best.
-VEXO_CLONES bool mix_blues(float (&distance)[kShades], const vexo_vector &pair, const Shades &blue,
-                           const vexo_vector &ref, float best) {
+VEXO_CLONES bool mix_blues(float (&distance)[kShades], vexo_vector pair, const Shades &blue, vexo_vector ref,
+                           float best) {
   const float S = weight(pair);
   const int valid = valid_xyY(pair);
   int nearer = 0;
