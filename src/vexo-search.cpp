@@ -2,6 +2,7 @@
 #include "vexo-search.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "vexo-clones.h"
 
@@ -25,6 +26,24 @@ VEXO_CLONES int first_block(const float *table, int blocks, float y) {
   return blocks;
 }
 
+const int kNear = 8; // entries looked at for several values at once
+
+// Where each y is first reached in the rising entries from near on; false when one lies elsewhere.
+VEXO_CLONES bool find_near(const float (&y)[FirstReach::kTogether], const float *near, int *__restrict found) {
+  float entry[kNear];
+  std::copy(near, near + kNear, entry);
+  int outside = 0;
+  for (int i = 0; i < FirstReach::kTogether; i++) {
+    int above = 0;
+    for (int k = 0; k < kNear; k++) {
+      above += !(y[i] <= entry[k]);
+    }
+    found[i] = above;
+    outside |= (above == 0) | (above == kNear);
+  }
+  return outside == 0;
+}
+
 } // namespace
 
 int first_reached(const float *table, int count, float y) {
@@ -37,15 +56,26 @@ int first_reached(const float *table, int count, float y) {
 
 FirstReach::FirstReach(const float *table, int count)
     : table_(table), count_(count), stride_(count / kNodes + 1), nodes_(count / stride_ + (count % stride_ != 0)) {
-  float highest = table[0];
+  float highest = -INFINITY;
   for (int node = 0; node < nodes_; node++) {
     const int end = node + 1 == nodes_ ? count : (node + 1) * stride_;
     for (int i = node * stride_; i < end; i++) {
-      if (table[i] > highest || !(highest == highest)) {
-        highest = table[i];
-      }
+      highest = table[i] > highest ? table[i] : highest;
     }
     highest_[node] = highest;
+  }
+}
+
+void FirstReach::first_of_each(const float (&y)[kTogether], int (&found)[kTogether]) {
+  const int near = first(y[0]) - 1; // not reached there by the first, as a check for the others
+  if (stride_ == 1 && near >= 0 && near + kNear <= nodes_ && find_near(y, highest_ + near, found)) {
+    for (int &i : found) {
+      i += near;
+    }
+    return;
+  }
+  for (int i = 0; i < kTogether; i++) {
+    found[i] = first(y[i]);
   }
 }
 

@@ -7,10 +7,12 @@ namespace vexo_internal {
 // The first i with y <= table[i], or count.
 int first_reached(const float *table, int count, float y);
 
-// first_reached() for many y in one table: the highest value so far rises whatever the table does, and y reaches it
-// where it reaches the table. A search walks from where the last one ended.
+// first_reached() for many y above -infinity in one table: the highest value so far rises whatever the table does, and
+// y reaches it where it reaches the table. A search walks from where the last one ended.
 class FirstReach {
 public:
+  static const int kTogether = 8;
+
   FirstReach(const float *table, int count);
 
   int first(float y) {
@@ -23,6 +25,9 @@ public:
     return stride_ == 1 ? at_ : within_node(y);
   }
 
+  // The same for several y, soonest where all are reached within a few entries.
+  void first_of_each(const float (&y)[kTogether], int (&found)[kTogether]);
+
 private:
   int within_node(float y) const;
 
@@ -32,7 +37,7 @@ private:
   int stride_; // entries a node
   int nodes_;
   int at_ = 0;
-  float highest_[kNodes]; // non-NaN value up to the end of each node; NaN while there is none
+  float highest_[kNodes]; // value up to the end of each node; -infinity where there are only NaN
 };
 
 } // namespace vexo_internal

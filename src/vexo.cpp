@@ -178,21 +178,14 @@ struct BlueLevels {
       const float S = T[2][k] / T[1][k];
       X[k] = S * T[0][k];
       Z[k] = S * (1.0F - T[0][k] - T[1][k]);
+      dark = dark || (k > 0 && T[1][k] == 0.0F);
     }
-  }
-
-  // The level below luma when luma lies between two levels that have a chromaticity, else -1.
-  int below(float luma) {
-    if (T[2][kTop] <= luma || luma <= T[2][0]) {
-      return -1;
-    }
-    const int j = search.first(luma);
-    return j == kTop || T[1][j] == 0.0F || T[1][j + 1] == 0.0F ? -1 : j;
   }
 
   const Table &T;
   float X[kLevels];
   float Z[kLevels];
+  bool dark = false; // a level above black has no chromaticity
   FirstReach search;
 };
 
@@ -200,21 +193,24 @@ struct BlueLevels {
 struct GrayLevel {
   vexo_vector green; // absolute
   float Y;           // luminance to keep, absolute
+  float blue_above;  // blue stays below this level
   float maxY_red;
   float maxY_blue;
   vexo_vector target;
 };
 
 // Candidates of gray tracking side by side, in arrays that vectorise: all in steps of red from the first down.
-const int kLanes = 8;
+const int kLanes = FirstReach::kTogether;
 struct Candidates {
   float red[kLanes]; // level
   float x[kLanes];   // colour of red, absolute
   float y[kLanes];
   float Y[kLanes];
   float need[kLanes];     // relative luminance of blue
-  int below[kLanes];      // BlueLevels::below() of it
+  int below[kLanes];      // level below the first that reaches it
+  int apart[kLanes];      // it is not between two levels that have a chromaticity
   float blue[kLanes];     // level
+  int ends[kLanes];       // red is used up, blue too high
   int mixes[kLanes];      // red and green make a colour
   float distance[kLanes]; // of the mixture to the target
 };
@@ -235,7 +231,10 @@ struct Segment {
 // Reads red at kLanes levels from 0 <= first < 1023 down. These span less than a level, so that they lie in two
 // segments of the table; negative ones read anything. Levels below 1024 are exact in sixteenths, so that the n-th is
 // what n subtractions leave.
-VEXO_CLONES void sample_red(Candidates *lane, Segment upper, Segment lower, GrayLevel gray, float first) {
+VEXO_CLONES void sample_red(Candidates *__restrict lane, const Table &T, GrayLevel gray, float first) {
+  const int level = first < kTopF ? static_cast<int>(first) : kTop - 1;
+  const Segment upper(T, level);
+  const Segment lower(T, level > 0 ? level - 1 : 0);
   for (int i = 0; i < kLanes; i++) {
     const float red = first - static_cast<float>(i) * kRedStep;
     const bool in_upper = red >= upper.level;
@@ -252,8 +251,21 @@ VEXO_CLONES void sample_red(Candidates *lane, Segment upper, Segment lower, Gray
   }
 }
 
+// Tells the lanes apart whose need is not between two levels that have a chromaticity.
+VEXO_CLONES void set_apart(Candidates *__restrict lane, const BlueLevels &levels) {
+  const float bottom = levels.T[2][0];
+  const float top = levels.T[2][kTop];
+  const int lowest = levels.dark ? kTop : 1;
+  for (int i = 0; i < kLanes; i++) {
+    const int below = lane->below[i];
+    const bool between = (lane->need[i] > bottom) & !(top <= lane->need[i]) & (below >= lowest) & (below < kTop);
+    lane->apart[i] = !between;
+    lane->below[i] = between ? below : 0;
+  }
+}
+
 // Mixes each red with green and with the blue between levels below and below + 1. Lanes do not depend on each other;
-// what comes of one without such levels means nothing.
+// what comes of one apart means nothing.
 VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, GrayLevel gray) {
   const float *__restrict Y = levels.T[2];
   const float *__restrict X = levels.X;
@@ -261,7 +273,7 @@ VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels
   const float Sg = weight(gray.green);
   const bool green_valid = valid_xyY(gray.green);
   for (int i = 0; i < kLanes; i++) {
-    const int j = lane->below[i] > 0 ? lane->below[i] : 0;
+    const int j = lane->below[i];
     const float need = lane->need[i];
     const float blue = (need - Y[j]) / (Y[j + 1] - Y[j]) + static_cast<float>(j);
     const float t = blue - static_cast<float>(j);
@@ -278,28 +290,59 @@ VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels
     const bool mixes = valid_xyY(pair) & valid_xyY(vb);
     const vexo_vector shown = {{mixes ? mixed.d[0] : 0.0F, mixes ? mixed.d[1] : 0.0F, 0.0F}};
     lane->blue[i] = blue;
+    lane->ends[i] = !(lane->red[i] >= 0.0F) | (blue < 0.0F) | (gray.blue_above <= blue);
     lane->mixes[i] = green_valid & valid_xyY(vr);
     lane->distance[i] = vexo_color_distance(&gray.target, &shown);
   }
 }
 
-// The same for one lane whose need is not between two levels.
-void mix_lane(Candidates *lane, int i, const Table &T, const GrayLevel &gray) {
+// The same for one lane apart.
+void mix_lane(Candidates *lane, int i, vexo *panel, GrayLevel gray) {
   vexo_vector vr = {{lane->x[i], lane->y[i], lane->Y[i]}};
-  vexo_vector vg = gray.green;
   vexo_vector vb = {};
   vexo_vector mixed = {};
-  lane->blue[i] = vexo_data_Y_xyY(&vb, const_cast<float(*)[kLevels]>(T), lane->need[i]);
+  const float blue = vexo_data_Y_xyY(&vb, panel->data[2], lane->need[i]);
   vb.d[2] *= gray.maxY_blue;
-  vexo_xyY_mix_3(&vr, &vg, &vb, &mixed);
-  lane->mixes[i] = valid_xyY(vr) && valid_xyY(vg);
+  vexo_xyY_mix_3(&vr, &gray.green, &vb, &mixed);
+  lane->blue[i] = blue;
+  lane->ends[i] = !(lane->red[i] >= 0.0F) || blue < 0.0F || gray.blue_above <= blue; // below 0: no blue can be told
+  lane->mixes[i] = valid_xyY(vr) && valid_xyY(gray.green);
   lane->distance[i] = vexo_color_distance(&gray.target, &mixed);
 }
 
+// The nearest candidate so far, and the distance of the last mixture: one that fails leaves it as it was.
+struct Match {
+  float distance;
+  float red;
+  float blue;
+  float shown;
+};
+
+// Judges the candidates from first down in their order; false when there is no further one.
+bool judge_lanes(Match *match, float first, BlueLevels *levels, vexo *panel, const GrayLevel &gray) {
+  Candidates lane;
+  sample_red(&lane, panel->data[0], gray, first);
+  levels->search.first_of_each(lane.need, lane.below);
+  set_apart(&lane, *levels);
+  mix_lanes(&lane, *levels, gray);
+  for (int i = 0; i < kLanes; i++) {
+    if (lane.apart[i] != 0) {
+      mix_lane(&lane, i, panel, gray);
+    }
+    if (lane.ends[i] != 0) {
+      return false;
+    }
+    match->shown = lane.mixes[i] != 0 ? lane.distance[i] : match->shown;
+    if (match->shown < match->distance) {
+      *match = Match{match->shown, lane.red[i], lane.blue[i], match->shown};
+    }
+  }
+  return true;
+}
+
 // Searches the red and blue of gray level ng that come nearest to the target at the luminance that the LUTs give the
-// level, below the entries of the level above. shown keeps the distance of the last mixture: one that fails leaves it
-// as it was.
-void track_level(vexo_lut *lut, vexo *panel, const vexo_vector *target, int ng, BlueLevels *levels, float *shown) {
+// level, below the entries of the level above. Takes and returns the distance of the last mixture.
+float track_level(vexo_lut *lut, vexo *panel, const vexo_vector &target, int ng, BlueLevels *levels, float shown) {
   float &red_entry = lut[0].d[ng];
   float &blue_entry = lut[2].d[ng];
   const float red_above = lut[0].d[ng + 1] * kTopF;
@@ -308,32 +351,18 @@ void track_level(vexo_lut *lut, vexo *panel, const vexo_vector *target, int ng, 
   const float Yb = table_at(panel->data[2][2], kTop, blue_entry * kTopF);
   const vexo_vector green = channel_xyY(panel, 1, lut[1].d[ng] * kTopF);
   const float Y = green.d[2] + Yr * panel->maxY[0] + Yb * panel->maxY[2];
-  const GrayLevel gray = {green, Y, panel->maxY[0], panel->maxY[2], *target};
+  const GrayLevel gray = {green, Y, blue_above, panel->maxY[0], panel->maxY[2], target};
 
-  float best = kFarthest;
-  Candidates lane;
-  for (float first = red_above - kRedStep; first >= 0.0F; first -= kRedStep * kLanes) {
-    const int level = first < kTopF ? static_cast<int>(first) : kTop - 1;
-    sample_red(&lane, Segment(panel->data[0], level), Segment(panel->data[0], level > 0 ? level - 1 : 0), gray, first);
-    for (int i = 0; i < kLanes; i++) {
-      lane.below[i] = levels->below(lane.need[i]);
-    }
-    mix_lanes(&lane, *levels, gray);
-    for (int i = 0; i < kLanes && lane.red[i] >= 0.0F; i++) {
-      if (lane.below[i] < 0) {
-        mix_lane(&lane, i, panel->data[2], gray);
-      }
-      if (lane.blue[i] < 0.0F || blue_above <= lane.blue[i]) { // below 0: no blue can be told
-        return;
-      }
-      *shown = lane.mixes[i] ? lane.distance[i] : *shown;
-      if (*shown < best) {
-        best = *shown;
-        red_entry = lane.red[i] / kTopF;
-        blue_entry = lane.blue[i] / kTopF;
-      }
-    }
+  Match match = {kFarthest, 0.0F, 0.0F, shown};
+  float first = red_above - kRedStep;
+  while (first >= 0.0F && judge_lanes(&match, first, levels, panel, gray)) {
+    first -= kRedStep * static_cast<float>(kLanes);
   }
+  if (match.distance < kFarthest) {
+    red_entry = match.red / kTopF;
+    blue_entry = match.blue / kTopF;
+  }
+  return match.shown;
 }
 
 int vexo_gray_tracking(vexo_lut *lut, vexo *panel, vexo_vector *wb) {
@@ -348,7 +377,7 @@ int vexo_gray_tracking(vexo_lut *lut, vexo *panel, vexo_vector *wb) {
   float shown = vexo_color_distance(&target, &black);
   BlueLevels levels(panel->data[2]);
   for (int ng = kLevels - 2; ng >= kToe; ng--) {
-    track_level(lut, panel, &target, ng, &levels, &shown);
+    shown = track_level(lut, panel, target, ng, &levels, shown);
   }
   vexo_lut_linearity(lut, kToe);
   return 0;
