@@ -55,14 +55,19 @@ int first_reached(const float *table, int count, float y) {
 }
 
 FirstReach::FirstReach(const float *table, int count)
-    : table_(table), count_(count), stride_(count / kNodes + 1), nodes_(count / stride_ + (count % stride_ != 0)) {
+    : table_(table), count_(count), stride_(count / kNodes + 1),
+      nodes_(count / stride_ + (count % stride_ != 0 ? 1 : 0)) {
   float highest = -INFINITY;
-  for (int node = 0; node < nodes_; node++) {
-    const int end = node + 1 == nodes_ ? count : (node + 1) * stride_;
-    for (int i = node * stride_; i < end; i++) {
-      highest = table[i] > highest ? table[i] : highest;
-    }
+  int node = 0;
+  int left = stride_;
+  for (int i = 0; i < count; i++) {
+    highest = table[i] > highest ? table[i] : highest;
     highest_[node] = highest;
+    left--;
+    if (left == 0) {
+      left = stride_;
+      node++;
+    }
   }
 }
 

@@ -231,7 +231,8 @@ struct Segment {
 // Reads red at kLanes levels from 0 <= first < 1023 down. These span less than a level, so that they lie in two
 // segments of the table; negative ones read anything. Levels below 1024 are exact in sixteenths, so that the n-th is
 // what n subtractions leave.
-VEXO_CLONES void sample_red(Candidates *__restrict lane, const Table &T, GrayLevel gray, float first) {
+VEXO_CLONES void sample_red(Candidates *__restrict lane, const Table &T, const GrayLevel &shared, float first) {
+  const GrayLevel gray = shared;
   const int level = first < kTopF ? static_cast<int>(first) : kTop - 1;
   const Segment upper(T, level);
   const Segment lower(T, level > 0 ? level - 1 : 0);
@@ -266,7 +267,8 @@ VEXO_CLONES void set_apart(Candidates *__restrict lane, const BlueLevels &levels
 
 // Mixes each red with green and with the blue between levels below and below + 1. Lanes do not depend on each other;
 // what comes of one apart means nothing.
-VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, GrayLevel gray) {
+VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, const GrayLevel &shared) {
+  const GrayLevel gray = shared;
   const float *__restrict Y = levels.T[2];
   const float *__restrict X = levels.X;
   const float *__restrict Z = levels.Z;
