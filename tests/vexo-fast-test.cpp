@@ -11,6 +11,7 @@
 #include "bits.h"
 #include "plain/vexo-plain.h"
 #include "stderr.h"
+#include "vexo-cs.h"
 #include "vexo.h"
 
 namespace {
@@ -110,6 +111,22 @@ TEST(Fast, InverseOfAnyTable) {
     vexo_gamma_lut_invert(&fast_lut, &camera, &system, &lut);
     plain::gamma_lut_invert(&plain_lut, &camera, &system, &lut);
     ASSERT_EQ(value_bits(out), value_bits(expected)) << n;
+  }
+}
+
+TEST(Fast, LabOfAnyColor) {
+  Random random(5);
+  for (int n = 0; n < 200000; n++) {
+    vexo_vector v;
+    vexo_vector white;
+    for (int m = 0; m < 3; m++) {
+      v.d[m] = n % 9 == 0 ? random.awkward() : random.uniform(0.0F, n % 2 == 0 ? 1.0F : 1e6F);
+      white.d[m] = n % 9 == 1 ? random.awkward() : random.uniform(0.5F, 1.0F);
+    }
+    vexo_vector expected = v;
+    vexo_XYZ_Lab(&v, &white);
+    plain::XYZ_Lab(&expected, &white);
+    ASSERT_EQ(value_bits(v), value_bits(expected)) << n;
   }
 }
 

@@ -113,6 +113,23 @@ inline int xyY_mix_3(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY3, ve
   return xyY_mix(&mixed, xyY3, xyY);
 }
 
+inline float XYZ_uniformity(float X, float Xn) {
+  const float var = X / Xn;
+  if (var < 0.008856452F) {
+    return static_cast<float>(static_cast<double>(var * 7.787037F) + 0.13793103448275862);
+  }
+  return static_cast<float>(std::pow(static_cast<double>(var), 0.3333333333333333));
+}
+
+inline int XYZ_Lab(vexo_vector *XYZ, vexo_vector *REF) {
+  const float Lstar = REF->d[1] <= 0.0F ? 100.0F : 116.0F * XYZ_uniformity(XYZ->d[1], REF->d[1]) - 16.0F;
+  const float fX = XYZ_uniformity(XYZ->d[0], REF->d[0]);
+  const float fY = XYZ_uniformity(XYZ->d[1], REF->d[1]);
+  const float fZ = XYZ_uniformity(XYZ->d[2], REF->d[2]);
+  *XYZ = vexo_vector{{Lstar, (fX - fY) * 500.0F, (fY - fZ) * 200.0F}};
+  return 0;
+}
+
 inline float normalised_input(int i, int size) {
   return static_cast<float>(static_cast<double>(i) / (static_cast<double>(size) - 1.0));
 }
