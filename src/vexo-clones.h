@@ -1,24 +1,22 @@
-// Loops that the compiler turns into vector code, compiled once more for processors with wider vectors; the loader
-// chooses. Only the width differs: no clone may fuse a multiplication and an addition, so the bits are the same.
+// Loops that gain from the host's vector units are compiled several times; the loader takes the version that the host
+// can run. The arithmetic stays what it is: every element is rounded as in the scalar code, and nothing is fused.
 #ifndef VEXO_CLONES_H
 #define VEXO_CLONES_H
 
-// Sanitizers instrument the choice itself, which runs before they are ready.
+#include <cstddef> // __GLIBC__
+
 #ifdef __has_feature
-#if __has_feature(address_sanitizer) || __has_feature(undefined_behavior_sanitizer) || __has_feature(thread_sanitizer)
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer) || __has_feature(thread_sanitizer)
 #define VEXO_SANITIZED
 #endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define VEXO_SANITIZED
 #endif
 
-#define VEXO_CLONES
-#if defined(__x86_64__) && defined(__linux__) && defined(__has_attribute) && !defined(VEXO_SANITIZED)
-#if __has_attribute(target_clones)
-#undef VEXO_CLONES
-#define VEXO_CLONES __attribute__((target_clones("default", "avx2")))
-#endif
+#if defined(__x86_64__) && defined(__GLIBC__) && defined(__OPTIMIZE__) && !defined(VEXO_SANITIZED)
+#define VEXO_VECTORISED __attribute__((target_clones("avx512f", "avx2", "default")))
+#else
+#define VEXO_VECTORISED // one version; sanitizers are not ready when the loader chooses
 #endif
 
 #endif

@@ -12,8 +12,15 @@ namespace {
 
 const int kBlock = 32; // entries compared at once
 
+// Whether compilers make vector code of float comparisons: not for ARMv7, whose vectors flush denormals.
+#if defined(__SSE2__) || defined(__aarch64__)
+const bool kVectorFloats = true;
+#else
+const bool kVectorFloats = false;
+#endif
+
 // The first block of entries in which one reaches y, counted in blocks.
-VEXO_CLONES int first_block(const float *table, int blocks, float y) {
+VEXO_VECTORISED int first_block(const float *table, int blocks, float y) {
   for (int block = 0; block < blocks; block++) {
     int reached = 0;
     for (int i = 0; i < kBlock; i++) {
@@ -29,7 +36,7 @@ VEXO_CLONES int first_block(const float *table, int blocks, float y) {
 const int kNear = 8; // entries looked at for several values at once
 
 // Where each y is first reached in the rising entries from near on; false when one lies elsewhere.
-VEXO_CLONES bool find_near(const float (&y)[FirstReach::kTogether], const float *near, int *__restrict found) {
+VEXO_VECTORISED bool find_near(const float (&y)[FirstReach::kTogether], const float *near, int *__restrict found) {
   float entry[kNear];
   std::copy(near, near + kNear, entry);
   int outside = 0;
@@ -47,7 +54,7 @@ VEXO_CLONES bool find_near(const float (&y)[FirstReach::kTogether], const float 
 } // namespace
 
 int first_reached(const float *table, int count, float y) {
-  int i = first_block(table, count / kBlock, y) * kBlock;
+  int i = kVectorFloats ? first_block(table, count / kBlock, y) * kBlock : 0;
   while (i < count && !(y <= table[i])) {
     i++;
   }

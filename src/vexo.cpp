@@ -231,7 +231,7 @@ struct Segment {
 // Reads red at kLanes levels from 0 <= first < 1023 down. These span less than a level, so that they lie in two
 // segments of the table; negative ones read anything. Levels below 1024 are exact in sixteenths, so that the n-th is
 // what n subtractions leave.
-VEXO_CLONES void sample_red(Candidates *__restrict lane, const Table &T, const GrayLevel &shared, float first) {
+VEXO_VECTORISED void sample_red(Candidates *__restrict lane, const Table &T, const GrayLevel &shared, float first) {
   const GrayLevel gray = shared;
   const int level = first < kTopF ? static_cast<int>(first) : kTop - 1;
   const Segment upper(T, level);
@@ -253,7 +253,7 @@ VEXO_CLONES void sample_red(Candidates *__restrict lane, const Table &T, const G
 }
 
 // Tells the lanes apart whose need is not between two levels that have a chromaticity.
-VEXO_CLONES void set_apart(Candidates *__restrict lane, const BlueLevels &levels) {
+VEXO_VECTORISED void set_apart(Candidates *__restrict lane, const BlueLevels &levels) {
   const float bottom = levels.T[2][0];
   const float top = levels.T[2][kTop];
   const int lowest = levels.dark ? kTop : 1;
@@ -267,7 +267,7 @@ VEXO_CLONES void set_apart(Candidates *__restrict lane, const BlueLevels &levels
 
 // Mixes each red with green and with the blue between levels below and below + 1. Lanes do not depend on each other;
 // what comes of one apart means nothing.
-VEXO_CLONES void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, const GrayLevel &shared) {
+VEXO_VECTORISED void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, const GrayLevel &shared) {
   const GrayLevel gray = shared;
   const float *__restrict Y = levels.T[2];
   const float *__restrict X = levels.X;
@@ -410,8 +410,8 @@ struct Shades {
 };
 
 // The distances of a mixture of red and green with each blue to ref; whether one is below best.
-VEXO_CLONES bool mix_blues(float (&distance)[kShades], vexo_vector pair, const Shades &blue, vexo_vector ref,
-                           float best) {
+VEXO_VECTORISED bool mix_blues(float (&distance)[kShades], vexo_vector pair, const Shades &blue, vexo_vector ref,
+                               float best) {
   const float S = weight(pair);
   const int valid = valid_xyY(pair);
   int nearer = 0;
