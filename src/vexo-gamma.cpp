@@ -9,10 +9,14 @@
 #include <cstring>
 #include <memory>
 
+#include "vexo-curve.h"
 #include "vexo-exact.h"
 #include "vexo-locale.h"
+#include "vexo-search.h"
 
 using vexo_internal::blend;
+using vexo_internal::first_reached;
+using vexo_internal::FirstReach;
 using vexo_internal::NumberLocale;
 using vexo_internal::table_at;
 
@@ -182,6 +186,25 @@ int load_three_channels(FILE *f, vexo_lut *lut, const TextLayout &layout) {
   return 0;
 }
 
+// x^exponent. The first power is x itself, as the library function too finds, at far greater cost.
+double power(double x, double exponent) { return exponent == 1.0 ? x : std::pow(x, exponent); }
+
+// The normalised position at which a table reaches y, 0 < y < 1, where entry i + 1 is the first after 0 to reach it.
+float position_between(const vexo_lut *lut, int i, float y) {
+  const float *d = lut->d;
+  const int n = lut->size - 1;
+  if (i >= n) {
+    return 1.0F;
+  }
+  if (d[i + 1] == d[i]) { // only a flat start: any other segment begins below y
+    return -1.0F;
+  }
+  const float t = (y - d[i]) / (d[i + 1] - d[i]);
+  const double position =
+      static_cast<double>(t * static_cast<float>(i + 1)) + (1.0 - static_cast<double>(t)) * static_cast<double>(i);
+  return static_cast<float>(position / static_cast<double>(n));
+}
+
 // The output entry nearest to position p, between 0 and last; a NaN is entry 0.
 int nearest_entry(double p, int last) {
   if (!(p > 0.0)) {
@@ -191,6 +214,26 @@ int nearest_entry(double p, int last) {
 }
 
 } // namespace
+
+void vexo_internal::light_of_inputs(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system) {
+  const float lut_step = step_of(lut->size);
+  for (int i = 0; i < lut->size; i++) {
+    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
+    lut->d[i] = vexo_gamma_evaluate(system, scene);
+  }
+}
+
+void vexo_internal::drives_of_light(vexo_lut *lut, const vexo_lut *panel) {
+  FirstReach search(panel->d + 1, panel->size - 1);
+  for (int i = 0; i < lut->size; i++) {
+    const float y = lut->d[i];
+    if (y <= 0.0F || y >= 1.0F) {
+      lut->d[i] = y <= 0.0F ? 0.0F : 1.0F;
+    } else {
+      lut->d[i] = position_between(panel, search.first(y), y);
+    }
+  }
+}
 
 static_assert(sizeof(vexo_gamma) == 16 && sizeof(vexo_lut) == 2 * sizeof(void *), "part of the binary interface");
 
@@ -207,8 +250,8 @@ float vexo_gamma_evaluate(vexo_gamma *gamma, float x) {
     return gamma->slope * x;
   }
   const double offset = static_cast<double>(gamma->offset);
-  const double power = std::pow(static_cast<double>(x), static_cast<double>(gamma->gamma));
-  return static_cast<float>((offset + 1.0) * power - offset);
+  const double x_power = power(static_cast<double>(x), static_cast<double>(gamma->gamma));
+  return static_cast<float>((offset + 1.0) * x_power - offset);
 }
 
 float vexo_gamma_inverse(vexo_gamma *gamma, float y) {
@@ -225,7 +268,7 @@ float vexo_gamma_inverse(vexo_gamma *gamma, float y) {
     return -1.0F;
   }
   const double base = static_cast<double>(y + gamma->offset) / (static_cast<double>(gamma->offset) + 1.0);
-  return static_cast<float>(std::pow(base, 1.0 / static_cast<double>(gamma->gamma)));
+  return static_cast<float>(power(base, 1.0 / static_cast<double>(gamma->gamma)));
 }
 
 int vexo_lut_init(vexo_lut *lut, int size) {
@@ -262,9 +305,9 @@ int vexo_lut_init_with_gamma(vexo_lut *lut, int size, float g) {
   if (vexo_lut_init(lut, size) != 0) {
     return -1;
   }
-  vexo_gamma power;
-  vexo_gamma_init(&power, g);
-  vexo_lut_by_gamma(&power, lut);
+  vexo_gamma gamma;
+  vexo_gamma_init(&gamma, g);
+  vexo_lut_by_gamma(&gamma, lut);
   return 0;
 }
 
@@ -282,22 +325,7 @@ float vexo_lut_inverse(vexo_lut *lut, float y) {
   if (y >= 1.0F) {
     return 1.0F;
   }
-  const float *d = lut->d;
-  const int n = lut->size - 1;
-  int i = 0;
-  while (i < n && !(y <= d[i + 1])) {
-    i++;
-  }
-  if (i >= n) {
-    return 1.0F;
-  }
-  if (d[i + 1] == d[i]) { // only a flat start: any other segment begins below y
-    return -1.0F;
-  }
-  const float t = (y - d[i]) / (d[i + 1] - d[i]);
-  const double position =
-      static_cast<double>(t * static_cast<float>(i + 1)) + (1.0 - static_cast<double>(t)) * static_cast<double>(i);
-  return static_cast<float>(position / static_cast<double>(n));
+  return position_between(lut, first_reached(lut->d + 1, lut->size - 1, y), y);
 }
 
 int vexo_lut_dup(vexo_lut *dst, const vexo_lut *src) {
@@ -490,11 +518,8 @@ void vexo_gamma_lut_invert(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system
   if (lut->size < 2 || panel->size < 2) {
     return;
   }
-  const float lut_step = step_of(lut->size);
-  for (int i = 0; i < lut->size; i++) {
-    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
-    lut->d[i] = vexo_lut_inverse(panel, vexo_gamma_evaluate(system, scene));
-  }
+  vexo_internal::light_of_inputs(lut, camera, system);
+  vexo_internal::drives_of_light(lut, panel);
 }
 
 int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system, vexo_lut *panel) {

@@ -103,7 +103,7 @@ void data_handler(void *data, const XML_Char *s, int len) {
 size_t read_piece(FILE *f, char (&piece)[kBuffer]) {
   size_t length = 0;
   while (length < sizeof piece - 1) {
-    const int c = getc(f);
+    const int c = getc_unlocked(f); // the stream is ours
     if (c == EOF) {
       break;
     }

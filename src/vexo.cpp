@@ -6,15 +6,26 @@
 #include <cmath>
 #include <cstdio>
 
+#include "vexo-clones.h"
 #include "vexo-cs.h"
+#include "vexo-curve.h"
 #include "vexo-exact.h"
 #include "vexo-locale.h"
 #include "vexo-rows.h"
+#include "vexo-search.h"
+#include "vexo-xyY.h"
 
 using vexo_internal::blend;
+using vexo_internal::drives_of_light;
+using vexo_internal::first_reached;
+using vexo_internal::FirstReach;
 using vexo_internal::kRows;
+using vexo_internal::light_of_inputs;
+using vexo_internal::mix_weighted;
 using vexo_internal::rows_of;
 using vexo_internal::table_at;
+using vexo_internal::valid_xyY;
+using vexo_internal::weight;
 
 namespace {
 
@@ -22,7 +33,8 @@ const int kLevels = 1024; // table levels of a channel
 const int kTop = kLevels - 1;
 const float kTopF = 1023.0F;
 
-const int kWhiteRange = 32;     // levels that one pass of the peak white search goes down
+const int kWhiteRange = 32; // levels that one pass of the peak white search goes down
+const int kShades = kWhiteRange + 1;
 const float kFarthest = 2.0F;   // no colour counts unless it is nearer to the target
 const float kRedStep = 0.0625F; // gray tracking searches red in sixteenths of a level
 const int kToe = 16;            // entries below this one form the linear toe
@@ -159,36 +171,200 @@ bool level_sized(const vexo_lut *lut) {
   return false;
 }
 
+// The levels of the blue channel for reading at a luminance: X and Z of each, and where the luminance is first reached.
+struct BlueLevels {
+  explicit BlueLevels(const Table &table) : T(table), search(table[2] + 1, kTop) {
+    for (int k = 0; k < kLevels; k++) {
+      const float S = T[2][k] / T[1][k];
+      X[k] = S * T[0][k];
+      Z[k] = S * (1.0F - T[0][k] - T[1][k]);
+      dark = dark || (k > 0 && T[1][k] == 0.0F);
+    }
+  }
+
+  const Table &T;
+  float X[kLevels];
+  float Z[kLevels];
+  bool dark = false; // a level above black has no chromaticity
+  FirstReach search;
+};
+
+// What the candidates of one gray level share.
+struct GrayLevel {
+  vexo_vector green; // absolute
+  float Y;           // luminance to keep, absolute
+  float blue_above;  // blue stays below this level
+  float maxY_red;
+  float maxY_blue;
+  vexo_vector target;
+};
+
+// Candidates of gray tracking side by side, in arrays that vectorise: all in steps of red from the first down.
+const int kLanes = FirstReach::kTogether;
+struct Candidates {
+  float red[kLanes]; // level
+  float x[kLanes];   // colour of red, absolute
+  float y[kLanes];
+  float Y[kLanes];
+  float need[kLanes];     // relative luminance of blue
+  int below[kLanes];      // level below the first that reaches it
+  int apart[kLanes];      // it is not between two levels that have a chromaticity
+  float blue[kLanes];     // level
+  int ends[kLanes];       // red is used up, blue too high
+  int mixes[kLanes];      // red and green make a colour
+  float distance[kLanes]; // of the mixture to the target
+};
+
+// A segment of a channel between two table levels.
+struct Segment {
+  Segment(const Table &T, int below) : level(static_cast<float>(below)) {
+    for (int m = 0; m < 3; m++) {
+      low[m] = T[m][below];
+      high[m] = T[m][below + 1];
+    }
+  }
+  float level; // the lower
+  float low[3];
+  float high[3];
+};
+
+// Reads red at kLanes levels from 0 <= first < 1023 down. These span less than a level, so that they lie in two
+// segments of the table; negative ones read anything. Levels below 1024 are exact in sixteenths, so that the n-th is
+// what n subtractions leave.
+VEXO_VECTORISED void sample_red(Candidates *__restrict lane, const Table &T, const GrayLevel &shared, float first) {
+  const GrayLevel gray = shared;
+  const int level = first < kTopF ? static_cast<int>(first) : kTop - 1;
+  const Segment upper(T, level);
+  const Segment lower(T, level > 0 ? level - 1 : 0);
+  for (int i = 0; i < kLanes; i++) {
+    const float red = first - static_cast<float>(i) * kRedStep;
+    const bool in_upper = red >= upper.level;
+    const float t = red - (in_upper ? upper.level : lower.level);
+    float v[3];
+    for (int m = 0; m < 3; m++) {
+      v[m] = blend(in_upper ? upper.low[m] : lower.low[m], in_upper ? upper.high[m] : lower.high[m], t);
+    }
+    lane->red[i] = red;
+    lane->x[i] = v[0];
+    lane->y[i] = v[1];
+    lane->Y[i] = v[2] * gray.maxY_red;
+    lane->need[i] = (gray.Y - lane->Y[i] - gray.green.d[2]) / gray.maxY_blue;
+  }
+}
+
+// Tells the lanes apart whose need is not between two levels that have a chromaticity.
+VEXO_VECTORISED void set_apart(Candidates *__restrict lane, const BlueLevels &levels) {
+  const float bottom = levels.T[2][0];
+  const float top = levels.T[2][kTop];
+  const int lowest = levels.dark ? kTop : 1;
+  for (int i = 0; i < kLanes; i++) {
+    const int below = lane->below[i];
+    const bool between = (lane->need[i] > bottom) & !(top <= lane->need[i]) & (below >= lowest) & (below < kTop);
+    lane->apart[i] = !between;
+    lane->below[i] = between ? below : 0;
+  }
+}
+
+// Mixes each red with green and with the blue between levels below and below + 1. Lanes do not depend on each other;
+// what comes of one apart means nothing.
+VEXO_VECTORISED void mix_lanes(Candidates *__restrict lane, const BlueLevels &levels, const GrayLevel &shared) {
+  const GrayLevel gray = shared;
+  const float *__restrict Y = levels.T[2];
+  const float *__restrict X = levels.X;
+  const float *__restrict Z = levels.Z;
+  const float Sg = weight(gray.green);
+  const bool green_valid = valid_xyY(gray.green);
+  for (int i = 0; i < kLanes; i++) {
+    const int j = lane->below[i];
+    const float need = lane->need[i];
+    const float blue = (need - Y[j]) / (Y[j + 1] - Y[j]) + static_cast<float>(j);
+    const float t = blue - static_cast<float>(j);
+    const float need_X = blend(X[j], X[j + 1], t);
+    const float need_Z = blend(Z[j], Z[j + 1], t);
+    const float sum = need_X + need + need_Z;
+    const bool lit = sum > 0.0F; // else no chromaticity: XYZ stays
+    const float x = need_X / sum;
+    const float y = need / sum;
+    const vexo_vector vb = {{lit ? x : need_X, lit ? y : need, (lit ? need : need_Z) * gray.maxY_blue}};
+    const vexo_vector vr = {{lane->x[i], lane->y[i], lane->Y[i]}};
+    const vexo_vector pair = mix_weighted(vr, weight(vr), gray.green, Sg);
+    const vexo_vector mixed = mix_weighted(pair, weight(pair), vb, weight(vb));
+    const bool mixes = valid_xyY(pair) & valid_xyY(vb);
+    const vexo_vector shown = {{mixes ? mixed.d[0] : 0.0F, mixes ? mixed.d[1] : 0.0F, 0.0F}};
+    lane->blue[i] = blue;
+    lane->ends[i] = !(lane->red[i] >= 0.0F) | (blue < 0.0F) | (gray.blue_above <= blue);
+    lane->mixes[i] = green_valid & valid_xyY(vr);
+    lane->distance[i] = vexo_color_distance(&gray.target, &shown);
+  }
+}
+
+// The same for one lane apart.
+void mix_lane(Candidates *lane, int i, vexo *panel, GrayLevel gray) {
+  vexo_vector vr = {{lane->x[i], lane->y[i], lane->Y[i]}};
+  vexo_vector vb = {};
+  vexo_vector mixed = {};
+  const float blue = vexo_data_Y_xyY(&vb, panel->data[2], lane->need[i]);
+  vb.d[2] *= gray.maxY_blue;
+  vexo_xyY_mix_3(&vr, &gray.green, &vb, &mixed);
+  lane->blue[i] = blue;
+  lane->ends[i] = !(lane->red[i] >= 0.0F) || blue < 0.0F || gray.blue_above <= blue; // below 0: no blue can be told
+  lane->mixes[i] = valid_xyY(vr) && valid_xyY(gray.green);
+  lane->distance[i] = vexo_color_distance(&gray.target, &mixed);
+}
+
+// The nearest candidate so far, and the distance of the last mixture: one that fails leaves it as it was.
+struct Match {
+  float distance;
+  float red;
+  float blue;
+  float shown;
+};
+
+// Judges the candidates from first down in their order; false when there is no further one.
+bool judge_lanes(Match *match, float first, BlueLevels *levels, vexo *panel, const GrayLevel &gray) {
+  Candidates lane;
+  sample_red(&lane, panel->data[0], gray, first);
+  levels->search.first_of_each(lane.need, lane.below);
+  set_apart(&lane, *levels);
+  mix_lanes(&lane, *levels, gray);
+  for (int i = 0; i < kLanes; i++) {
+    if (lane.apart[i] != 0) {
+      mix_lane(&lane, i, panel, gray);
+    }
+    if (lane.ends[i] != 0) {
+      return false;
+    }
+    match->shown = lane.mixes[i] != 0 ? lane.distance[i] : match->shown;
+    if (match->shown < match->distance) {
+      *match = Match{match->shown, lane.red[i], lane.blue[i], match->shown};
+    }
+  }
+  return true;
+}
+
 // Searches the red and blue of gray level ng that come nearest to the target at the luminance that the LUTs give the
-// level, below the entries of the level above. mixed keeps the last mixture: one that fails leaves it as it was.
-void track_level(vexo_lut *lut, vexo *panel, const vexo_vector *target, int ng, vexo_vector *mixed) {
+// level, below the entries of the level above. Takes and returns the distance of the last mixture.
+float track_level(vexo_lut *lut, vexo *panel, const vexo_vector &target, int ng, BlueLevels *levels, float shown) {
   float &red_entry = lut[0].d[ng];
   float &blue_entry = lut[2].d[ng];
   const float red_above = lut[0].d[ng + 1] * kTopF;
   const float blue_above = lut[2].d[ng + 1] * kTopF;
   const float Yr = table_at(panel->data[0][2], kTop, red_entry * kTopF);
   const float Yb = table_at(panel->data[2][2], kTop, blue_entry * kTopF);
-  vexo_vector vg = channel_xyY(panel, 1, lut[1].d[ng] * kTopF);
-  const float Ytot = vg.d[2] + Yr * panel->maxY[0] + Yb * panel->maxY[2];
+  const vexo_vector green = channel_xyY(panel, 1, lut[1].d[ng] * kTopF);
+  const float Y = green.d[2] + Yr * panel->maxY[0] + Yb * panel->maxY[2];
+  const GrayLevel gray = {green, Y, blue_above, panel->maxY[0], panel->maxY[2], target};
 
-  float best = kFarthest;
-  for (float red = red_above - kRedStep; red >= 0.0F; red -= kRedStep) {
-    vexo_vector vr = channel_xyY(panel, 0, red);
-    vexo_vector vb = {};
-    const float need = (Ytot - vr.d[2] - vg.d[2]) / panel->maxY[2];
-    const float blue = vexo_data_Y_xyY(&vb, panel->data[2], need);
-    if (blue < 0.0F || blue_above <= blue) { // below 0: no blue can be told
-      break;
-    }
-    vb.d[2] *= panel->maxY[2];
-    vexo_xyY_mix_3(&vr, &vg, &vb, mixed);
-    const float distance = vexo_color_distance(target, mixed);
-    if (distance < best) {
-      best = distance;
-      red_entry = red / kTopF;
-      blue_entry = blue / kTopF;
-    }
+  Match match = {kFarthest, 0.0F, 0.0F, shown};
+  float first = red_above - kRedStep;
+  while (first >= 0.0F && judge_lanes(&match, first, levels, panel, gray)) {
+    first -= kRedStep * static_cast<float>(kLanes);
   }
+  if (match.distance < kFarthest) {
+    red_entry = match.red / kTopF;
+    blue_entry = match.blue / kTopF;
+  }
+  return match.shown;
 }
 
 int vexo_gray_tracking(vexo_lut *lut, vexo *panel, vexo_vector *wb) {
@@ -199,27 +375,79 @@ int vexo_gray_tracking(vexo_lut *lut, vexo *panel, vexo_vector *wb) {
   if (vexo_XYZ_xyY(&target) != 0) {
     return -1;
   }
-  vexo_vector mixed = {};
+  const vexo_vector black = {};
+  float shown = vexo_color_distance(&target, &black);
+  BlueLevels levels(panel->data[2]);
   for (int ng = kLevels - 2; ng >= kToe; ng--) {
-    track_level(lut, panel, &target, ng, &mixed);
+    shown = track_level(lut, panel, target, ng, &levels, shown);
   }
   vexo_lut_linearity(lut, kToe);
   return 0;
 }
 
+// The colours of one channel at the levels that a pass of the peak white search tries, from the highest down. Levels
+// below 0 repeat level 0: what is tried again never comes nearer than before.
+struct Shades {
+  Shades(const vexo *panel, int c, int top) {
+    for (int i = 0; i < kShades; i++) {
+      level[i] = top > i ? top - i : 0;
+      const vexo_vector v = channel_xyY(panel, c, static_cast<float>(level[i]));
+      x[i] = v.d[0];
+      y[i] = v.d[1];
+      Y[i] = v.d[2];
+      S[i] = weight(v);
+      valid[i] = valid_xyY(v);
+    }
+  }
+  vexo_vector color(int i) const { return vexo_vector{{x[i], y[i], Y[i]}}; }
+
+  int level[kShades];
+  float x[kShades];
+  float y[kShades];
+  float Y[kShades];
+  float S[kShades];
+  int valid[kShades];
+};
+
+// The distances of a mixture of red and green with each blue to ref; whether one is below best.
+VEXO_VECTORISED bool mix_blues(float (&distance)[kShades], vexo_vector pair, const Shades &blue, vexo_vector ref,
+                               float best) {
+  const float S = weight(pair);
+  const int valid = valid_xyY(pair);
+  int nearer = 0;
+  for (int i = 0; i < kShades; i++) {
+    const vexo_vector mixed = mix_weighted(pair, S, blue.color(i), blue.S[i]);
+    const bool mixes = (valid & blue.valid[i]) != 0;
+    const vexo_vector shown = {{mixes ? mixed.d[0] : 0.0F, mixes ? mixed.d[1] : 0.0F, 0.0F}};
+    distance[i] = vexo_color_distance(&shown, &ref);
+    nearer |= distance[i] < best;
+  }
+  return nearer != 0;
+}
+
 // One pass of the peak white search: the candidates from level n down, in whole levels, highest red, green, blue first.
-// Lowers best and moves m when one comes nearer to ref. mixed keeps the last prediction, as in track_level().
-void search_white(vexo *panel, vexo_vector *ref, const int n[3], int m[3], float *best, vexo_vector *mixed) {
-  for (int r = n[0]; r >= n[0] - kWhiteRange && r >= 0; r--) {
-    for (int g = n[1]; g >= n[1] - kWhiteRange && g >= 0; g--) {
-      for (int b = n[2]; b >= n[2] - kWhiteRange && b >= 0; b--) {
-        vexo_get_xyY(mixed, panel, static_cast<float>(r), static_cast<float>(g), static_cast<float>(b));
-        const float distance = vexo_color_distance(mixed, ref);
-        if (distance < *best) {
-          *best = distance;
-          m[0] = r;
-          m[1] = g;
-          m[2] = b;
+// Lowers best and moves m when one comes nearer to ref. Red and green that do not mix leave the prediction before them,
+// which has been judged.
+void search_white(const vexo *panel, const vexo_vector *ref, const int n[3], int m[3], float *best) {
+  const Shades red(panel, 0, n[0]);
+  const Shades green(panel, 1, n[1]);
+  const Shades blue(panel, 2, n[2]);
+  float distance[kShades];
+  for (int r = 0; r < kShades; r++) {
+    for (int g = 0; g < kShades; g++) {
+      if (!red.valid[r] || !green.valid[g]) {
+        continue;
+      }
+      const vexo_vector pair = mix_weighted(red.color(r), red.S[r], green.color(g), green.S[g]);
+      if (!mix_blues(distance, pair, blue, *ref, *best)) {
+        continue;
+      }
+      for (int b = 0; b < kShades; b++) {
+        if (distance[b] < *best) {
+          *best = distance[b];
+          m[0] = red.level[r];
+          m[1] = green.level[g];
+          m[2] = blue.level[b];
         }
       }
     }
@@ -366,10 +594,7 @@ float vexo_data_Y_xyY(vexo_vector *v, float data[3][1024], float luma) {
     *v = entry(T, 0);
     return 0.0F;
   }
-  int j = 0;
-  while (j < kTop && !(luma <= T[2][j + 1])) {
-    j++;
-  }
+  const int j = first_reached(T[2] + 1, kTop, luma);
   if (j == kTop) {
     return -1.0F;
   }
@@ -406,8 +631,10 @@ int vexo_lut_get_xyY(vexo_vector *v, vexo *panel, vexo_lut *lut, float r, float 
 }
 
 int vexo_peak_white_adjust(vexo_vector *v, vexo *panel, vexo_vector *ref) {
-  float best = kFarthest;
-  vexo_vector mixed = {};
+  vexo_vector full = {}; // the first candidate: black where red and green do not mix
+  vexo_get_xyY(&full, panel, kTopF, kTopF, kTopF);
+  const float distance = vexo_color_distance(&full, ref);
+  float best = distance < kFarthest ? distance : kFarthest;
   int n[3];
   int m[3] = {kTop, kTop, kTop};
   bool lower_face = true;
@@ -416,7 +643,7 @@ int vexo_peak_white_adjust(vexo_vector *v, vexo *panel, vexo_vector *ref) {
     for (int c = 0; c < 3; c++) {
       n[c] = m[c];
     }
-    search_white(panel, ref, n, m, &best, &mixed);
+    search_white(panel, ref, n, m, &best);
     for (int c = 0; c < 3; c++) {
       lower_face = lower_face || m[c] == n[c] - kWhiteRange;
     }
@@ -478,15 +705,19 @@ int vexo_adjust_wb(const float *R, const float *G, const float *B, const float *
 }
 
 int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_gamma *camera, vexo_gamma *system) {
-  vexo_lut response;
-  if (vexo_lut_init(&response, kLevels) != 0) {
-    return -1;
+  for (int c = 0; c < 3; c++) {
+    if (c > 0 && lut[c].size == lut[0].size) {
+      vexo_lut_set_data(&lut[c], lut[0].d); // the light asked for is the same
+    } else if (lut[c].size >= 2) {
+      light_of_inputs(&lut[c], camera, system);
+    }
   }
   for (int c = 0; c < 3; c++) {
-    vexo_lut_set_data(&response, data[c][2]);
-    vexo_gamma_lut_invert(&lut[c], camera, system, &response);
+    const vexo_lut response = {kLevels, data[c][2]};
+    if (lut[c].size >= 2) {
+      drives_of_light(&lut[c], &response);
+    }
   }
-  vexo_lut_destroy(&response);
   return 0;
 }
 
