@@ -12,10 +12,14 @@
 #include <memory>
 #include <utility>
 
+#include "vexo-clones.h"
 #include "vexo-exact.h"
 #include "vexo-locale.h"
+#include "vexo-stream.h"
+#include "vexo-text.h"
 
 using vexo_internal::blend;
+using vexo_internal::LineWriter;
 using vexo_internal::NumberLocale;
 
 struct vexo_3dlut {
@@ -55,15 +59,15 @@ size_t entry_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / size
 
 bool on_axis(const vexo_3dlut *lut, int i) { return i >= 0 && i < lut->size; }
 
-// Fills the entries in order from next(entry), which is false when the source has no more. A table that stays
-// incomplete is destroyed.
+// Fills the entries in order from next(entry, left), which is false when the source has no more; left counts the
+// entries still to come with this one. A table that stays incomplete is destroyed.
 template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
   if (lut == nullptr) {
     return nullptr;
   }
   const size_t count = entry_count(lut.get());
   for (size_t i = 0; i < count; i++) {
-    if (!next(&lut->d[i])) {
+    if (!next(&lut->d[i], count - i)) {
       return nullptr;
     }
   }
@@ -226,23 +230,14 @@ struct CloseFile {
 };
 using OwnedFile = std::unique_ptr<FILE, CloseFile>;
 
-// The lines of a stream. A line that does not fit comes in pieces.
-class StreamLines {
-public:
-  explicit StreamLines(FILE *f) : f_(f) {}
-  const char *next() { return fgets(line_, sizeof line_, f_); }
-
-private:
-  FILE *f_;
-  char line_[256];
-};
+using StreamLines = vexo_internal::StreamLines<256>;
 
 // The lines of a NUL-terminated text, cut in place at its line feeds. Runs of line feeds make no empty lines.
 class TextLines {
 public:
   explicit TextLines(char *text) : text_(text), rest_(text) {}
 
-  const char *next() {
+  const char *next(size_t = 0) {
     while (*rest_ == '\n') {
       *rest_++ = '\0';
     }
@@ -257,45 +252,60 @@ public:
     return line;
   }
 
+  // As of a stream. A line that is not known to lie within the text is left to next().
+  template <typename Number, size_t kCount> bool take(Number (&values)[kCount], size_t) {
+    const char *end = vexo_internal::read_line(rest_, limit_, values);
+    if (end == nullptr) {
+      return false;
+    }
+    rest_ += end - rest_;
+    rest_[-1] = '\0';
+    return true;
+  }
+
   // From now on no line begins at or after this offset.
-  void stop_at(ptrdiff_t end) { end_ = end; }
+  void stop_at(ptrdiff_t end) {
+    end_ = end;
+    const ptrdiff_t ahead = end - (rest_ - text_);
+    limit_ = ahead > 0 ? rest_ + strnlen(rest_, static_cast<size_t>(ahead)) : rest_;
+  }
 
 private:
   const char *text_;
   char *rest_;
   ptrdiff_t end_ = PTRDIFF_MAX;
+  const char *limit_ = nullptr;
 };
 
-using Scan = bool (*)(const char *line, vexo_vector *entry);
+bool scan_numbers(const char *line, float (&v)[3]) { return sscanf(line, "%f %f %f", &v[0], &v[1], &v[2]) == 3; }
 
-bool scan_cube_entry(const char *line, vexo_vector *entry) {
-  vexo_vector v;
-  if (sscanf(line, "%f %f %f", &v.d[0], &v.d[1], &v.d[2]) != 3) {
-    return false;
-  }
-  *entry = v;
-  return true;
+bool scan_numbers(const char *line, float (&v)[6]) {
+  return sscanf(line, "%f %f %f %f %f %f", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5]) == 6;
 }
 
-bool scan_eecolor_entry(const char *line, vexo_vector *entry) {
-  vexo_vector in;
-  vexo_vector out;
-  if (sscanf(line, "%f %f %f %f %f %f", &in.d[0], &in.d[1], &in.d[2], &out.d[0], &out.d[1], &out.d[2]) != 6) {
-    return false;
+// Reads the numbers of the next line that holds so many; other lines are skipped. False at the end.
+template <typename Lines, size_t kNumbers> bool next_numbers(Lines *lines, float (&numbers)[kNumbers], size_t left) {
+  const size_t wanted = 2 * kNumbers * left - 1; // a digit and a separator each, but for the end of the last line
+  if (lines->take(numbers, wanted)) {
+    return true;
   }
-  *entry = out;
-  return true;
-}
-
-// Fills the table from the lines that hold an entry; the others are skipped.
-template <typename Lines> vexo_3dlut *filled_from(Lines *lines, Scan scan, OwnedLut lut) {
-  return filled(std::move(lut), [lines, scan](vexo_vector *entry) {
-    for (const char *line = lines->next(); line != nullptr; line = lines->next()) {
-      if (scan(line, entry)) {
-        return true;
-      }
+  for (const char *line = lines->next(wanted); line != nullptr; line = lines->next(wanted)) {
+    if (vexo_internal::read_numbers(line, line + strlen(line) + 1, numbers) != nullptr || scan_numbers(line, numbers)) {
+      return true;
     }
-    return false;
+  }
+  return false;
+}
+
+// Fills the table from lines of so many numbers, the last three of which are the entry.
+template <size_t kNumbers, typename Lines> vexo_3dlut *filled_from(Lines *lines, OwnedLut lut) {
+  return filled(std::move(lut), [lines](vexo_vector *entry, size_t left) {
+    float numbers[kNumbers];
+    if (!next_numbers(lines, numbers, left)) {
+      return false;
+    }
+    memcpy(entry->d, numbers + kNumbers - 3, sizeof entry->d);
+    return true;
   });
 }
 
@@ -356,14 +366,18 @@ bool read_size(const char *line, int *size) {
 
 long long print_entries(vexo_3dlut *lut, FILE *f) {
   const NumberLocale locale;
-  long long sum = 0;
+  LineWriter lines(f);
   const size_t count = entry_count(lut);
   for (size_t i = 0; i < count; i++) {
     const float(&rgb)[3] = lut->d[i].d;
-    sum += fprintf(f, "%0.8f %0.8f %0.8f\n", static_cast<double>(rgb[0]), static_cast<double>(rgb[1]),
-                   static_cast<double>(rgb[2]));
+    char *text = lines.line();
+    for (int c = 0; c < 3; c++) {
+      text = vexo_internal::put_decimal(text, rgb[c]);
+      *text++ = c < 2 ? ' ' : '\n';
+    }
+    lines.add(text);
   }
-  return sum;
+  return lines.finish();
 }
 
 const char *text_or(const char *text, const char *otherwise) { return text != nullptr ? text : otherwise; }
@@ -376,7 +390,7 @@ vexo_3dlut *vexo_3dlut_load_cube(FILE *f) {
   CubeHeader header;
   for (const char *line = lines.next(); line != nullptr; line = lines.next()) {
     if (line[0] != '#' && !read_title(line, header.title) && read_size(line, &header.size)) {
-      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
+      return filled_from<3>(&lines, created(header.size, header.title));
     }
   }
   return nullptr;
@@ -400,7 +414,7 @@ vexo_3dlut *vexo_3dlut_cube_load_buf(char *buf, int len) {
       read_title(line, header.title);
     } else if (read_size(line, &header.size)) {
       lines.stop_at(len);
-      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
+      return filled_from<3>(&lines, created(header.size, header.title));
     }
   }
   return nullptr;
@@ -510,7 +524,7 @@ vexo_vector unpacked(const uint8_t (&byte)[kWordBytes], int nbits) {
 
 // Fills the table from the words that next_word(byte) delivers.
 template <typename NextWord> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, NextWord next_word) {
-  return filled(std::move(lut), [nbits, next_word](vexo_vector *entry) {
+  return filled(std::move(lut), [nbits, next_word](vexo_vector *entry, size_t) {
     uint8_t byte[kWordBytes];
     if (!next_word(byte)) {
       return false;
@@ -716,7 +730,7 @@ long long print_listing_header(const vexo_3dlut *lut, FILE *f, int nbits) {
 vexo_3dlut *vexo_3dlut_load_eecolor(FILE *f, int size) {
   const NumberLocale locale;
   StreamLines lines(f);
-  return filled_from(&lines, scan_eecolor_entry, created(size, nullptr));
+  return filled_from<6>(&lines, created(size, nullptr));
 }
 
 vexo_3dlut *vexo_3dlut_eecolor_load_file(const char *path, int size) {
