@@ -33,8 +33,11 @@ inline void store_eight(char *text, uint64_t characters) {
 
 const uint64_t kEightZeros = 0x3030303030303030; // "00000000"
 
-// Whether all bytes are 0..9. A carry out of a byte can only come from one that is not.
-inline bool are_digits(uint64_t bytes) { return ((bytes | (bytes + 0x7676767676767676)) & 0x8080808080808080) == 0; }
+// The high bits of the bytes that are not 0..9, right up to the first such byte: only it can carry into the next.
+inline uint64_t beyond_digits(uint64_t bytes) { return (bytes | (bytes + 0x7676767676767676)) & 0x8080808080808080; }
+
+// Which of eight bytes, with the first mark in it.
+inline int first_byte(uint64_t marks) { return __builtin_ctzll(marks) / 8; }
 
 // The number of eight digit bytes: pairs, then fours, then all eight.
 inline uint64_t number_of(uint64_t digits) {
@@ -71,9 +74,8 @@ inline const char *skip_blanks(const char *text, const char *limit) {
 }
 
 // Whether a number that ends here is one for scanf, too, without a look at what follows.
-inline bool ends_number(const char *text, const char *limit) {
-  return text < limit && (is_blank(*text) || *text == '\n' || *text == '\0');
-}
+inline bool ends_number(char c) { return c == ' ' || c == '\n' || c == '\0' || is_blank(c); }
+inline bool ends_number(const char *text, const char *limit) { return text < limit && ends_number(*text); }
 
 const ptrdiff_t kMostDigits = 19; // of a number below 2^64
 
@@ -89,7 +91,7 @@ inline const char *read_digits(const char *text, const char *limit, uint64_t *nu
 inline const char *read_long_digits(const char *text, const char *limit, uint64_t *number) {
   while (limit - text >= 8) {
     const uint64_t digits = load_eight(text) ^ kEightZeros;
-    if (!are_digits(digits)) {
+    if (beyond_digits(digits) != 0) {
       break;
     }
     *number = *number * 100000000 + number_of(digits);
@@ -169,14 +171,39 @@ inline const char *read_number(const char *text, const char *limit, float *value
   return ends_number(end, limit) && scaled(number, exponent, negative, value) ? end : nullptr;
 }
 
+// The same for the commonest form only: a digit, a point and up to eight decimals. As if zeros made them eight.
+inline const char *read_short_number(const char *text, const char *limit, float *value) {
+  if (limit - text < 11 || !is_digit(text[0]) || text[1] != '.') {
+    return nullptr;
+  }
+  const uint64_t bytes = load_eight(text + 2) ^ kEightZeros;
+  const uint64_t marks = beyond_digits(bytes);
+  const char *end = text + 2 + (marks == 0 ? 8 : first_byte(marks));
+  if (!ends_number(*end)) {
+    return nullptr;
+  }
+  const uint64_t decimals = bytes & (((marks & (~marks + 1)) >> 7) - 1);
+  const uint64_t number = static_cast<uint64_t>(text[0] - '0') * 100000000 + number_of(decimals);
+  return round_to_float(static_cast<double>(static_cast<int64_t>(number)) / 1e8, value) ? end : nullptr;
+}
+
+inline const char *read_short_number(const char *, const char *, uint32_t *) { return nullptr; }
+
 // Numbers with white space before each.
 template <typename Number, size_t kCount>
 const char *read_numbers(const char *text, const char *limit, Number (&values)[kCount]) {
   for (Number &value : values) {
-    text = read_number(skip_blanks(text, limit), limit, &value);
-    if (text == nullptr) {
+    if (text < limit && *text == ' ') {
+      text++;
+    }
+    const char *end = read_short_number(text, limit, &value);
+    if (end == nullptr) {
+      end = read_number(skip_blanks(text, limit), limit, &value);
+    }
+    if (end == nullptr) {
       return nullptr;
     }
+    text = end;
   }
   return text;
 }
@@ -203,7 +230,7 @@ inline char *put_integer(char *text, int value, int width) {
     return text + snprintf(text, kNumberRoom, "%*d", width, value);
   }
   const uint64_t digits = digits_of(static_cast<uint32_t>(value));
-  const int leading = __builtin_ctzll(digits | uint64_t{1} << 56) / 8; // zeros before the first digit to show
+  const int leading = first_byte(digits | uint64_t{1} << 56); // zeros before the first digit to show
   const uint64_t blanks = (kEightZeros ^ 0x2020202020202020) & ((uint64_t{1} << 8 * leading) - 1);
   const int left_out = leading < 8 - width ? leading : 8 - width;
   store_eight(text, ((digits | kEightZeros) ^ blanks) >> 8 * left_out);
@@ -222,7 +249,12 @@ inline char *put_decimal(char *text, float value) {
   if (std::signbit(value)) {
     *text++ = '-';
   }
-  text = put_integer(text, static_cast<int>(scaled_value / 100000000), 1);
+  const auto integer = static_cast<int>(scaled_value / 100000000);
+  if (integer < 10) {
+    *text++ = static_cast<char>('0' + integer);
+  } else {
+    text = put_integer(text, integer, 1);
+  }
   *text++ = '.';
   store_eight(text, digits_of(static_cast<uint32_t>(scaled_value % 100000000)) | kEightZeros);
   return text + 8;
