@@ -147,11 +147,11 @@ int vexo_3dlut_set_title(vexo_3dlut *lut, const char *title) {
 
 namespace {
 
-// Where a target index falls on one axis of the source.
+// Where a target index falls on an axis of the source.
 struct Place {
-  size_t lower;   // the lower neighbour, in entries from the start of the axis
-  size_t step;    // entries from there to the upper neighbour; 0 on the last index, where the axis drops out
+  int lower;      // the lower neighbour
   float fraction; // between the two
+  bool on_last;   // the lower neighbour is the last index: the axis drops out
 };
 
 // The target steps per source step; infinite for a source of one point, which puts every position at 0.
@@ -161,50 +161,145 @@ float scale_of(int target, int source) {
 
 // The position of the last target index comes out a little above or below the last source index. Never a whole step
 // above, so the index is at most last; below it, the fraction is just short of 1.
-Place place_of(int i, float scale, int last, size_t stride) {
+Place place_of(int i, float scale, int last) {
   const float position = static_cast<float>(i) / scale;
   const int index = static_cast<int>(std::floor(position));
-  return Place{static_cast<size_t>(index) * stride, index == last ? 0 : stride, position - static_cast<float>(index)};
+  return Place{index, position - static_cast<float>(index), index == last};
 }
 
-// Component c interpolated over the given axes, the last of them first. corner is the neighbour that is the lower one
-// on all of them.
-float interpolate(const vexo_vector *corner, const Place *axis, int axes, int c) {
-  if (axes == 0) {
-    return corner->d[c];
-  }
-  const float low = interpolate(corner, axis + 1, axes - 1, c);
-  if (axis->step == 0) {
-    return low;
-  }
-  return blend(low, interpolate(corner + axis->step, axis + 1, axes - 1, c), axis->fraction);
-}
-
-// dv = the source at a place on its blue, green and red axis.
-void vexo_3dlut_inter(const vexo_3dlut *lut, const Place (&axis)[3], vexo_vector *dv) {
-  const vexo_vector *corner = lut->d + axis[0].lower + axis[1].lower + axis[2].lower;
-  for (int c = 0; c < 3; c++) {
-    dv->d[c] = interpolate(corner, axis, 3, c);
+// out = low to high at fraction 0 for all values: the blend, without a need of double. 0 times the upper value is a
+// zero, whose sign counts where the lower one is -0, or a NaN.
+VEXO_VECTORISED void blend_at_low(const float *low, const float *high, float *out, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    out[i] = 0.0F * high[i] + low[i];
   }
 }
 
-void resample(vexo_3dlut *dst, const vexo_3dlut *src) {
-  const float scale = scale_of(dst->size, src->size);
-  const auto size = static_cast<size_t>(src->size);
-  const int last = src->size - 1;
-  vexo_vector *entry = dst->d;
-  Place axis[3];
-  for (int bi = 0; bi < dst->size; bi++) {
-    axis[0] = place_of(bi, scale, last, size * size);
-    for (int gi = 0; gi < dst->size; gi++) {
-      axis[1] = place_of(gi, scale, last, size);
-      for (int ri = 0; ri < dst->size; ri++) {
-        axis[2] = place_of(ri, scale, last, 1);
-        vexo_3dlut_inter(src, axis, entry++);
+// out = low to high at a fraction for all values.
+VEXO_VECTORISED void blend_all(const float *low, const float *high, float fraction, float *out, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    out[i] = blend(low[i], high[i], fraction);
+  }
+}
+
+// The same with a fraction for each value; out begins as the lower values.
+VEXO_VECTORISED void blend_each(const float *high, const float *fraction, float *out, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    out[i] = blend(out[i], high[i], fraction[i]);
+  }
+}
+
+struct Free {
+  void operator()(void *p) const { free(p); }
+};
+template <typename T> using Block = std::unique_ptr<T[], Free>;
+
+template <typename T> Block<T> block_of(size_t count) {
+  return Block<T>(count <= SIZE_MAX / sizeof(T) ? static_cast<T *>(malloc(count * sizeof(T))) : nullptr);
+}
+
+// Resamples an axis at a time: a row along red, then a plane of rows along green, then planes along blue. Each value
+// comes from the same blends as if the eight neighbours of every target entry were interpolated on their own, along
+// red first; the blends that target entries share are made once. The source rows and planes in use are two at a time,
+// neighbours, so a place for the even and one for the odd index holds them.
+class Resampling {
+public:
+  Resampling(vexo_3dlut *dst, const vexo_3dlut *src)
+      : dst_(dst), src_(src), row_(3 * static_cast<size_t>(dst->size)), plane_(row_ * static_cast<size_t>(dst->size)),
+        place_(block_of<Place>(static_cast<size_t>(dst->size))), red_fraction_(block_of<float>(row_)),
+        red_upper_(block_of<float>(row_)), rows_(block_of<float>(2 * row_)), planes_(block_of<float>(2 * plane_)) {}
+
+  bool run() {
+    if (place_ == nullptr || red_fraction_ == nullptr || red_upper_ == nullptr || rows_ == nullptr ||
+        planes_ == nullptr) {
+      return false;
+    }
+    find_places();
+    Held held;
+    float *out = dst_->d->d;
+    for (int bi = 0; bi < dst_->size; bi++, out += plane_) {
+      inbetween(place_[bi], plane_, out, [&](int b) { return plane(b, &held); });
+    }
+    return true;
+  }
+
+private:
+  // Which index each of a pair of places holds.
+  struct Held {
+    int index[2] = {-1, -1};
+  };
+
+  void find_places() {
+    const float scale = scale_of(dst_->size, src_->size);
+    for (int i = 0; i < dst_->size; i++) {
+      place_[i] = place_of(i, scale, src_->size - 1);
+      if (!place_[i].on_last) { // from the first index on
+        std::fill_n(&red_fraction_[3 * blended_], 3, place_[i].fraction);
+        on_points_ = on_points_ && place_[i].fraction == 0.0F;
+        blended_++;
       }
     }
   }
-}
+
+  // out = the target line at a place between two source lines of count values.
+  template <typename Line> static void inbetween(const Place &place, size_t count, float *out, Line line) {
+    const float *low = line(place.lower);
+    if (place.on_last) {
+      memcpy(out, low, count * sizeof *out);
+    } else if (place.fraction == 0.0F) {
+      blend_at_low(low, line(place.lower + 1), out, count);
+    } else {
+      blend_all(low, line(place.lower + 1), place.fraction, out, count);
+    }
+  }
+
+  // Source plane b along red and green.
+  const float *plane(int b, Held *held) {
+    float *out = &planes_[static_cast<size_t>(b % 2) * plane_];
+    if (held->index[b % 2] != b) {
+      held->index[b % 2] = b;
+      Held rows;
+      for (int gi = 0; gi < dst_->size; gi++) {
+        inbetween(place_[gi], row_, out + static_cast<size_t>(gi) * row_, [&](int g) { return row(b, g, &rows); });
+      }
+    }
+    return out;
+  }
+
+  // Source row (b, g) along red.
+  const float *row(int b, int g, Held *held) {
+    float *out = &rows_[static_cast<size_t>(g % 2) * row_];
+    if (held->index[g % 2] != g) {
+      held->index[g % 2] = g;
+      const auto size = static_cast<size_t>(src_->size);
+      const vexo_vector *source = src_->d + (static_cast<size_t>(b) * size + static_cast<size_t>(g)) * size;
+      for (size_t ri = 0; ri < static_cast<size_t>(dst_->size); ri++) {
+        memcpy(out + 3 * ri, source + place_[ri].lower, sizeof *source);
+      }
+      for (size_t ri = 0; ri < blended_; ri++) {
+        memcpy(&red_upper_[3 * ri], source + place_[ri].lower + 1, sizeof *source);
+      }
+      if (on_points_) {
+        blend_at_low(out, red_upper_.get(), out, 3 * blended_);
+      } else {
+        blend_each(red_upper_.get(), red_fraction_.get(), out, 3 * blended_);
+      }
+    }
+    return out;
+  }
+
+  vexo_3dlut *dst_;
+  const vexo_3dlut *src_;
+  size_t row_; // the values of a target row and plane
+  size_t plane_;
+  bool on_points_ = true; // all positions are source indexes
+  size_t blended_ = 0;    // target indexes that are not on the last source index; they come first
+  Block<Place> place_;
+  Block<float> red_fraction_;
+  Block<float> red_upper_;
+  Block<float> rows_;
+  Block<float> planes_;
+};
 
 } // namespace
 
@@ -215,8 +310,8 @@ vexo_3dlut *vexo_3dlut_dup(vexo_3dlut *src, int size, const char *title) {
   }
   if (lut->size == src->size || lut->size == 1) { // a single point takes the first entry
     memcpy(lut->d, src->d, table_bytes(lut->size));
-  } else {
-    resample(lut.get(), src);
+  } else if (!Resampling(lut.get(), src).run()) {
+    return nullptr;
   }
   return lut.release();
 }

@@ -13,20 +13,22 @@
 
 namespace plain {
 
-// Component c of the source at the positions of the axes from one on; index holds what the axes before it chose.
-inline float interpolated(vexo_3dlut *src, const float *position, int (&index)[3], int axis, int c) {
-  if (axis == 3) {
-    return vexo_3dlut_item(src, index[0], index[1], index[2])->d[c];
+// Component c of the source at index m and fraction e of each axis. An axis on its last index drops out.
+inline float interpolated(vexo_3dlut *src, const int (&m)[3], const float (&e)[3], int c) {
+  const int last = vexo_3dlut_size(src) - 1;
+  const auto at = [&](int b, int g, int r) { return vexo_3dlut_item(src, m[0] + b, m[1] + g, m[2] + r)->d[c]; };
+  float red[2][2]; // along red, for each blue and green neighbour
+  for (int b = 0; b < 2 && m[0] + b <= last; b++) {
+    for (int g = 0; g < 2 && m[1] + g <= last; g++) {
+      float v[2] = {at(b, g, 0), m[2] < last ? at(b, g, 1) : 0.0F};
+      red[b][g] = m[2] < last ? linear_inter(e[2], v) : v[0];
+    }
   }
-  const float lower = std::floor(position[axis]);
-  index[axis] = static_cast<int>(lower);
-  float v[2] = {interpolated(src, position, index, axis + 1, c), 0.0F};
-  if (static_cast<int>(lower) == vexo_3dlut_size(src) - 1) {
-    return v[0];
+  float green[2];
+  for (int b = 0; b < 2 && m[0] + b <= last; b++) {
+    green[b] = m[1] < last ? linear_inter(e[1], red[b]) : red[b][0];
   }
-  index[axis] = static_cast<int>(lower) + 1;
-  v[1] = interpolated(src, position, index, axis + 1, c);
-  return linear_inter(position[axis] - lower, v);
+  return m[0] < last ? linear_inter(e[0], green) : green[0];
 }
 
 // dst = src resampled; both of more than one point an axis and of different sizes.
@@ -37,12 +39,17 @@ inline void resample(vexo_3dlut *dst, vexo_3dlut *src) {
   for (int bi = 0; bi < size; bi++) {
     for (int gi = 0; gi < size; gi++) {
       for (int ri = 0; ri < size; ri++) {
-        const float position[3] = {static_cast<float>(bi) / scale, static_cast<float>(gi) / scale,
-                                   static_cast<float>(ri) / scale};
+        const int target[3] = {bi, gi, ri};
+        int m[3];
+        float e[3];
+        for (int axis = 0; axis < 3; axis++) {
+          const float position = static_cast<float>(target[axis]) / scale;
+          m[axis] = static_cast<int>(std::floor(position));
+          e[axis] = position - static_cast<float>(m[axis]);
+        }
         vexo_vector v;
         for (int c = 0; c < 3; c++) {
-          int index[3];
-          v.d[c] = interpolated(src, position, index, 0, c);
+          v.d[c] = interpolated(src, m, e, c);
         }
         vexo_3dlut_set_item(dst, &v, bi, gi, ri);
       }
