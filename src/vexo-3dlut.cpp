@@ -20,7 +20,9 @@
 
 using vexo_internal::blend;
 using vexo_internal::LineWriter;
+using vexo_internal::nearest;
 using vexo_internal::NumberLocale;
+using vexo_internal::put_integer;
 
 struct vexo_3dlut {
   char *title;    // owned; may be null
@@ -550,18 +552,29 @@ bool packable(int nbits) { return nbits >= 1 && nbits <= 10; }
 
 // To nearest, halves away from zero, between 0 and most; a NaN is 0.
 uint32_t code_of(float value, const Coding &coding) {
-  const float code = std::round(coding.scale * value);
-  if (!(code > 0.0F)) {
-    return 0;
-  }
-  return code < static_cast<float>(coding.most) ? static_cast<uint32_t>(code) : coding.most;
+  const float most = static_cast<float>(coding.most);
+  const float positive = coding.scale * value > 0.0F ? coding.scale * value : 0.0F;
+  return nearest(positive < most ? positive : most);
 }
 
-uint64_t word_of(const vexo_vector &rgb, const Coding &coding) {
-  const uint64_t red = code_of(rgb.d[0], coding);
-  const uint64_t green = code_of(rgb.d[1], coding);
-  const uint64_t blue = code_of(rgb.d[2], coding);
-  return blue << 2 * coding.shift | green << coding.shift | red;
+VEXO_VECTORISED void find_codes(const float *value, size_t count, const Coding &coding, uint32_t *code) {
+  for (size_t i = 0; i < count; i++) {
+    code[i] = code_of(value[i], coding);
+  }
+}
+
+// Gives the words of the entries to add(word), in order.
+template <typename Word, typename Add>
+void make_words(const vexo_vector *rgb, size_t count, const Coding &coding, Add add) {
+  const size_t block = 64;
+  for (size_t done = 0; done < count; done += block) {
+    uint32_t code[3 * block];
+    const size_t entries = std::min(count - done, block);
+    find_codes(rgb[done].d, 3 * entries, coding, code);
+    for (const uint32_t *c = code; c != code + 3 * entries; c += 3) {
+      add(Word{c[2]} << 2 * coding.shift | Word{c[1]} << coding.shift | Word{c[0]});
+    }
+  }
 }
 
 } // namespace
@@ -579,8 +592,6 @@ const uint32_t kMagic = 0x42340299;
 const uint32_t kPackedVersion = 0x02000000;
 const uint32_t kWideVersion = 0x03000000;
 const uint32_t kLatticeVersion = 0x01000003;
-const size_t kWordBytes = 4;
-const size_t kWideWordBytes = 8;
 const int kWideDepth = 12;
 const int kWideSize = 33;
 
@@ -608,25 +619,47 @@ struct Model {
 // A depth beyond int comes out negative, which no format has.
 int depth_of(const vexo_dat_3dlut_header &header) { return static_cast<int>(header_integer(header.nbits)); }
 
-// The components of a word, most significant byte first.
-vexo_vector unpacked(const uint8_t (&byte)[kWordBytes], int nbits) {
-  const uint32_t word = uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
-  const uint32_t mask = all_ones(nbits);
-  const auto full = static_cast<float>(mask);
-  return vexo_vector{{static_cast<float>(word & mask) / full, static_cast<float>(word >> nbits & mask) / full,
-                      static_cast<float>(word >> 2 * nbits & mask) / full}};
-}
-
-// Fills the table from the words that next_word(byte) delivers.
-template <typename NextWord> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, NextWord next_word) {
-  return filled(std::move(lut), [nbits, next_word](vexo_vector *entry, size_t) {
-    uint8_t byte[kWordBytes];
-    if (!next_word(byte)) {
-      return false;
+// What the codes of a depth stand for.
+class Levels {
+public:
+  explicit Levels(int nbits) : nbits_(nbits), mask_(all_ones(nbits)) {
+    for (uint32_t code = 0; code <= mask_; code++) {
+      level_[code] = static_cast<float>(code) / static_cast<float>(mask_);
     }
-    *entry = unpacked(byte, nbits);
-    return true;
-  });
+  }
+
+  // The components of a word, most significant byte first.
+  vexo_vector of(const uint8_t *byte) const {
+    const uint32_t word =
+        uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
+    return vexo_vector{{level_[word & mask_], level_[word >> nbits_ & mask_], level_[word >> 2 * nbits_ & mask_]}};
+  }
+
+private:
+  int nbits_;
+  uint32_t mask_;
+  float level_[1 << 10];
+};
+
+// Fills the table from 32-bit words, which read(bytes, count) delivers.
+template <typename Read> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, Read read) {
+  if (lut == nullptr) {
+    return nullptr;
+  }
+  const Levels levels(nbits);
+  const size_t count = entry_count(lut.get());
+  const size_t block = 256;
+  for (size_t done = 0; done < count; done += block) {
+    uint8_t bytes[4 * block];
+    const size_t entries = std::min(count - done, block);
+    if (!read(bytes, entries)) {
+      return nullptr;
+    }
+    for (size_t i = 0; i < entries; i++) {
+      lut->d[done + i] = levels.of(bytes + 4 * i);
+    }
+  }
+  return lut.release();
 }
 
 size_t write_header(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int size) {
@@ -641,23 +674,55 @@ size_t write_header(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits,
   return fwrite(&header, sizeof header, 1, f);
 }
 
-size_t write_word(uint64_t word, size_t bytes, FILE *f) {
-  uint8_t byte[kWideWordBytes];
-  for (size_t i = 0; i < bytes; i++) {
-    byte[i] = static_cast<uint8_t>(word >> 8 * (bytes - 1 - i) & 0xFFU);
+// Words on their way to a stream, most significant byte first, with the effects of a call a word.
+template <typename Word> class WordWriter {
+public:
+  explicit WordWriter(FILE *f) : f_(f) {}
+
+  void add(Word word) {
+    if (count_ == kBlock) {
+      flush();
+    }
+    uint8_t *byte = bytes_ + sizeof word * count_++;
+    for (size_t i = 0; i < sizeof word; i++) {
+      byte[i] = static_cast<uint8_t>(word >> 8 * (sizeof word - 1 - i) & 0xFFU);
+    }
   }
-  return fwrite(byte, bytes, 1, f);
-}
+
+  // Writes what is left. Gives the words that the stream took.
+  size_t finish() {
+    flush();
+    return written_;
+  }
+
+private:
+  static const size_t kBlock = 128;
+
+  // A word that the stream does not take is given up, and the next is tried.
+  void flush() {
+    for (size_t done = 0; done < count_; done++) {
+      const size_t taken = fwrite(bytes_ + sizeof(Word) * done, sizeof(Word), count_ - done, f_);
+      written_ += taken;
+      done += taken;
+    }
+    count_ = 0;
+  }
+
+  FILE *f_;
+  size_t written_ = 0;
+  size_t count_ = 0;
+  uint8_t bytes_[sizeof(Word) * kBlock];
+};
 
 int items(size_t count) { return static_cast<int>(std::min<size_t>(count, INT_MAX)); }
 
-int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, const Coding &coding, size_t word_bytes) {
-  size_t written = write_header(lut, f, version, nbits, lut->size);
-  const size_t count = entry_count(lut);
-  for (size_t i = 0; i < count; i++) {
-    written += write_word(word_of(lut->d[i], coding), word_bytes, f);
-  }
-  return items(written);
+template <typename Word> int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int shift) {
+  const uint32_t full = all_ones(nbits);
+  const size_t header = write_header(lut, f, version, nbits, lut->size);
+  WordWriter<Word> words(f);
+  make_words<Word>(lut->d, entry_count(lut), Coding{static_cast<float>(full), full, shift},
+                   [&words](Word word) { words.add(word); });
+  return items(header + words.finish());
 }
 
 int floor_log2(int n) {
@@ -692,7 +757,7 @@ vexo_3dlut *vexo_3dlut_load_dat(FILE *f) {
     return nullptr;
   }
   return filled_from_words(std::move(lut), nbits,
-                           [f](uint8_t(&byte)[kWordBytes]) { return fread(byte, sizeof byte, 1, f) == 1; });
+                           [f](uint8_t *bytes, size_t count) { return fread(bytes, 4, count, f) == count; });
 }
 
 vexo_3dlut *vexo_3dlut_dat_load_file(const char *path) {
@@ -711,31 +776,31 @@ vexo_3dlut *vexo_3dlut_dat_load_buf(uint8_t *buf, int len) {
     return nullptr;
   }
   const uint8_t *word = buf + sizeof header;
-  const uint8_t *const end = buf + len;
-  return filled_from_words(created(header.size, Model(header).text), nbits, [&word, end](uint8_t(&byte)[kWordBytes]) {
-    if (end - word < static_cast<ptrdiff_t>(sizeof byte)) {
+  size_t left = static_cast<size_t>(len) - sizeof header;
+  const auto read = [&word, &left](uint8_t *bytes, size_t count) {
+    if (left / 4 < count) {
       return false;
     }
-    memcpy(byte, word, sizeof byte);
-    word += sizeof byte;
+    memcpy(bytes, word, 4 * count);
+    word += 4 * count;
+    left -= 4 * count;
     return true;
-  });
+  };
+  return filled_from_words(created(header.size, Model(header).text), nbits, read);
 }
 
 int vexo_3dlut_dump_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   if (!packable(nbits)) {
     return -1;
   }
-  const uint32_t full = all_ones(nbits);
-  return write_table(lut, f, kPackedVersion, nbits, Coding{static_cast<float>(full), full, nbits}, kWordBytes);
+  return write_table<uint32_t>(lut, f, kPackedVersion, nbits, nbits);
 }
 
 int vexo_3dlut_dump_dat_12bit(vexo_3dlut *lut, FILE *f, int nbits) {
   if (nbits != kWideDepth || lut->size != kWideSize) {
     return -1;
   }
-  const uint32_t full = all_ones(nbits);
-  return write_table(lut, f, kWideVersion, nbits, Coding{static_cast<float>(full), full, 16}, kWideWordBytes);
+  return write_table<uint64_t>(lut, f, kWideVersion, nbits, 16);
 }
 
 int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
@@ -747,15 +812,15 @@ int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   const int most = full - (1 << (nbits - floor_log2(points)));
   fprintf(stderr, "mask = %d, max = %d\n", full, most);
   const Coding coding = {static_cast<float>(full), static_cast<uint32_t>(most), nbits};
-  size_t written = write_header(lut, f, kLatticeVersion, nbits, points);
+  const size_t header = write_header(lut, f, kLatticeVersion, nbits, points);
+  WordWriter<uint32_t> words(f);
   for (int bi = 0; bi < points; bi++) {
     for (int gi = 0; gi < points; gi++) {
-      for (int ri = 0; ri < points; ri++) {
-        written += write_word(word_of(*vexo_3dlut_item(lut, bi, gi, ri), coding), kWordBytes, f);
-      }
+      make_words<uint32_t>(vexo_3dlut_item(lut, bi, gi, 0), static_cast<size_t>(points), coding,
+                           [&words](uint32_t word) { words.add(word); });
     }
   }
-  return items(written);
+  return items(header + words.finish());
 }
 
 // ---- eeColor text, COE memory images, listings
@@ -765,9 +830,21 @@ namespace {
 // A COE word always leaves ten bits to a component.
 Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), all_ones(nbits), 10}; }
 
-void print_coe_word(vexo_3dlut *lut, FILE *f, const Coding &coding, int bi, int gi, int ri) {
+// "%08x,\n" for each word.
+void print_coe_words(const vexo_vector *rgb, size_t count, const Coding &coding, LineWriter *lines) {
+  make_words<uint32_t>(rgb, count, coding, [lines](uint32_t word) {
+    char *text = vexo_internal::put_hexadecimal(lines->line(), word);
+    *text++ = ',';
+    *text++ = '\n';
+    lines->add(text);
+  });
+}
+
+// The same for an entry that may lie outside the table, where words are 0.
+void print_coe_word(vexo_3dlut *lut, LineWriter *lines, const Coding &coding, int bi, int gi, int ri) {
   const vexo_vector *rgb = vexo_3dlut_item(lut, bi, gi, ri);
-  fprintf(f, "%08x,\n", rgb != nullptr ? static_cast<uint32_t>(word_of(*rgb, coding)) : 0U);
+  const vexo_vector outside = {};
+  print_coe_words(rgb != nullptr ? rgb : &outside, 1, coding, lines);
 }
 
 // One memory image: the main block and the last green and red plane, blue indexes from first on.
@@ -775,43 +852,51 @@ void print_coe_image(vexo_3dlut *lut, FILE *f, const Coding &coding, int first) 
   const int n = lut->size - 1;
   fputs("memory_initialization_radix=16;\n", f);
   fputs("memory_initialization_vector=\n\n", f);
+  LineWriter lines(f);
   for (int bi = first; bi < first + n; bi++) {
     for (int gi = 0; gi < n; gi++) {
-      for (int ri = 0; ri < n; ri++) {
-        print_coe_word(lut, f, coding, bi, gi, ri);
-      }
+      print_coe_words(vexo_3dlut_item(lut, bi, gi, 0), static_cast<size_t>(n), coding, &lines);
     }
   }
   for (int ri = 0; ri < 2 * n; ri++) {
     for (int bi = first; bi < first + n; bi++) {
-      print_coe_word(lut, f, coding, bi, n, ri);
+      print_coe_word(lut, &lines, coding, bi, n, ri);
     }
   }
   for (int gi = 0; gi < 2 * n; gi++) {
     for (int bi = first; bi < first + n; bi++) {
-      print_coe_word(lut, f, coding, bi, gi, n);
+      print_coe_word(lut, &lines, coding, bi, gi, n);
     }
   }
+  lines.finish();
 }
 
 bool listable(int nbits) { return nbits >= 1 && nbits <= 30; }
 
 // The code as "%d" shows an unsigned one. Nothing limits it to the depth.
 int listed_code(float value, int nbits) {
-  const float code = std::round(static_cast<float>(all_ones(nbits)) * value);
+  const float code = static_cast<float>(all_ones(nbits)) * value;
   if (!(code > 0.0F)) {
     return 0;
   }
-  return static_cast<int>(code < 4294967296.0F ? static_cast<uint32_t>(code) : UINT32_MAX);
+  return static_cast<int>(code < 4294967296.0F ? nearest(code) : UINT32_MAX);
 }
 
-struct Codes {
-  int red;
-  int green;
-  int blue;
-};
-Codes listed_codes(const vexo_vector &rgb, int nbits) {
-  return Codes{listed_code(rgb.d[0], nbits), listed_code(rgb.d[1], nbits), listed_code(rgb.d[2], nbits)};
+// "%5d,%5d,%5d\t" with the codes of an entry.
+char *put_codes(char *text, const vexo_vector &rgb, int nbits) {
+  for (int c = 0; c < 3; c++) {
+    text = put_integer(text, listed_code(rgb.d[c], nbits), 5);
+    *text++ = c < 2 ? ',' : '\t';
+  }
+  return text;
+}
+
+// "[%4d]".
+char *put_index(char *text, int i) {
+  *text++ = '[';
+  text = put_integer(text, i, 4);
+  *text++ = ']';
+  return text;
 }
 
 long long print_listing_header(const vexo_3dlut *lut, FILE *f, int nbits) {
@@ -848,15 +933,19 @@ int vexo_3dlut_dump_debug(vexo_3dlut *lut, FILE *f, int nbits) {
   }
   long long sum = print_listing_header(lut, f, nbits);
   sum += fprintf(f, "\n%5s,%5s,%5s\t[%4s][%4s][%4s]\n", "red", "green", "blue", "bi", "gi", "ri");
+  LineWriter lines(f);
+  const vexo_vector *rgb = lut->d;
   for (int bi = 0; bi < lut->size; bi++) {
     for (int gi = 0; gi < lut->size; gi++) {
       for (int ri = 0; ri < lut->size; ri++) {
-        const Codes code = listed_codes(*vexo_3dlut_item(lut, bi, gi, ri), nbits);
-        sum += fprintf(f, "%5d,%5d,%5d\t[%4d][%4d][%4d]\n", code.red, code.green, code.blue, bi, gi, ri);
+        char *text = put_codes(lines.line(), *rgb++, nbits);
+        text = put_index(put_index(put_index(text, bi), gi), ri);
+        *text++ = '\n';
+        lines.add(text);
       }
     }
   }
-  return characters(sum);
+  return characters(sum + lines.finish());
 }
 
 int vexo_3dlut_dump_1dlut_debug(vexo_3dlut *lut, FILE *f, int nbits) {
@@ -864,9 +953,11 @@ int vexo_3dlut_dump_1dlut_debug(vexo_3dlut *lut, FILE *f, int nbits) {
     return -1;
   }
   long long sum = print_listing_header(lut, f, nbits);
+  LineWriter lines(f);
   for (int i = 0; i < lut->size; i++) {
-    const Codes code = listed_codes(*vexo_3dlut_item(lut, i, i, i), nbits);
-    sum += fprintf(f, "%5d,%5d,%5d\t[%4d]\n", code.red, code.green, code.blue, i);
+    char *text = put_index(put_codes(lines.line(), *vexo_3dlut_item(lut, i, i, i), nbits), i);
+    *text++ = '\n';
+    lines.add(text);
   }
-  return characters(sum);
+  return characters(sum + lines.finish());
 }

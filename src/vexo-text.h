@@ -221,7 +221,13 @@ const char *read_line(const char *text, const char *limit, Number (&values)[kCou
 
 // ---- Writing
 
-// Every writer below gives the end of what it wrote and may use kNumberRoom characters.
+// To nearest, halves away from zero, for 0 <= x < 2^32. The integer part is a float, and so is what lies beyond it.
+inline uint32_t nearest(float x) {
+  const auto whole = static_cast<uint32_t>(x);
+  return whole + (x - static_cast<float>(whole) >= 0.5F ? 1 : 0);
+}
+
+// Every writer of text below gives the end of what it wrote and may use kNumberRoom characters.
 const size_t kNumberRoom = 64;
 
 // "%*d" for a width of 1 to 8: the digits behind blanks that go up to the width.
