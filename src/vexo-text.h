@@ -31,7 +31,8 @@ inline void store_eight(char *text, uint64_t characters) {
   text[7] = static_cast<char>(characters >> 56);
 }
 
-const uint64_t kEightZeros = 0x3030303030303030; // "00000000"
+const uint64_t kEightZeros = 0x3030303030303030;  // "00000000"
+const uint64_t kEightBlanks = 0x1010101010101010; // as many blanks, below the zeros
 
 // The high bits of the bytes that are not 0..9, right up to the first such byte: only it can carry into the next.
 inline uint64_t beyond_digits(uint64_t bytes) { return (bytes | (bytes + 0x7676767676767676)) & 0x8080808080808080; }
@@ -47,13 +48,15 @@ inline uint64_t number_of(uint64_t digits) {
   return (odd + even) >> 32;
 }
 
-// The eight digit bytes of a number below 10^8: the inverse, with quotients by multiplication that are exact here.
+// The eight digit bytes of a number below 10^8: the inverse, with quotients by multiplication that are exact here. A
+// step leaves the quotient where the number was and puts the remainder n - q c at the next higher place of s bits:
+// q + ((n - q c) << s) = (n << s) - q ((c << s) - 1).
 inline uint64_t digits_of(uint32_t number) {
-  const uint64_t fours = (number / 10000) | uint64_t{number % 10000} << 32;
+  const uint64_t fours = (uint64_t{number} << 32) - uint64_t{number / 10000} * ((uint64_t{10000} << 32) - 1);
   const uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007F0000007F;
-  const uint64_t pairs = hundreds | (fours - 100 * hundreds) << 16;
+  const uint64_t pairs = (fours << 16) - hundreds * ((100 << 16) - 1);
   const uint64_t tens = (pairs * 103 >> 10) & 0x000F000F000F000F;
-  return tens | (pairs - 10 * tens) << 8;
+  return (pairs << 8) - tens * ((10 << 8) - 1);
 }
 
 // ---- Reading
@@ -236,11 +239,11 @@ inline char *put_integer(char *text, int value, int width) {
     return text + snprintf(text, kNumberRoom, "%*d", width, value);
   }
   const uint64_t digits = digits_of(static_cast<uint32_t>(value));
-  const int leading = first_byte(digits | uint64_t{1} << 56); // zeros before the first digit to show
-  const uint64_t blanks = (kEightZeros ^ 0x2020202020202020) & ((uint64_t{1} << 8 * leading) - 1);
-  const int left_out = leading < 8 - width ? leading : 8 - width;
-  store_eight(text, ((digits | kEightZeros) ^ blanks) >> 8 * left_out);
-  return text + (8 - left_out);
+  const int zeros = __builtin_ctzll(digits | uint64_t{1} << 56) & ~7; // bits of them before the first digit to show
+  const uint64_t blanks = kEightBlanks & ((uint64_t{1} << zeros) - 1);
+  const int left_out = zeros < 64 - 8 * width ? zeros : 64 - 8 * width;
+  store_eight(text, ((digits | kEightZeros) - blanks) >> left_out);
+  return text + (64 - left_out) / 8;
 }
 
 // "%0.8f". The product with 10^8 is exact in double: 24 bits times the 19 bits of 5^8. Adding 2^52 rounds it to a whole
