@@ -12,11 +12,17 @@
 #include <memory>
 #include <utility>
 
+#include "vexo-clones.h"
 #include "vexo-exact.h"
 #include "vexo-locale.h"
+#include "vexo-stream.h"
+#include "vexo-text.h"
 
 using vexo_internal::blend;
+using vexo_internal::LineWriter;
+using vexo_internal::nearest;
 using vexo_internal::NumberLocale;
+using vexo_internal::put_integer;
 
 struct vexo_3dlut {
   char *title;    // owned; may be null
@@ -55,15 +61,15 @@ size_t entry_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / size
 
 bool on_axis(const vexo_3dlut *lut, int i) { return i >= 0 && i < lut->size; }
 
-// Fills the entries in order from next(entry), which is false when the source has no more. A table that stays
-// incomplete is destroyed.
+// Fills the entries in order from next(entry, left), which is false when the source has no more; left counts the
+// entries still to come with this one. A table that stays incomplete is destroyed.
 template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
   if (lut == nullptr) {
     return nullptr;
   }
   const size_t count = entry_count(lut.get());
   for (size_t i = 0; i < count; i++) {
-    if (!next(&lut->d[i])) {
+    if (!next(&lut->d[i], count - i)) {
       return nullptr;
     }
   }
@@ -143,11 +149,11 @@ int vexo_3dlut_set_title(vexo_3dlut *lut, const char *title) {
 
 namespace {
 
-// Where a target index falls on one axis of the source.
+// Where a target index falls on an axis of the source.
 struct Place {
-  size_t lower;   // the lower neighbour, in entries from the start of the axis
-  size_t step;    // entries from there to the upper neighbour; 0 on the last index, where the axis drops out
+  int lower;      // the lower neighbour
   float fraction; // between the two
+  bool on_last;   // the lower neighbour is the last index: the axis drops out
 };
 
 // The target steps per source step; infinite for a source of one point, which puts every position at 0.
@@ -157,50 +163,145 @@ float scale_of(int target, int source) {
 
 // The position of the last target index comes out a little above or below the last source index. Never a whole step
 // above, so the index is at most last; below it, the fraction is just short of 1.
-Place place_of(int i, float scale, int last, size_t stride) {
+Place place_of(int i, float scale, int last) {
   const float position = static_cast<float>(i) / scale;
   const int index = static_cast<int>(std::floor(position));
-  return Place{static_cast<size_t>(index) * stride, index == last ? 0 : stride, position - static_cast<float>(index)};
+  return Place{index, position - static_cast<float>(index), index == last};
 }
 
-// Component c interpolated over the given axes, the last of them first. corner is the neighbour that is the lower one
-// on all of them.
-float interpolate(const vexo_vector *corner, const Place *axis, int axes, int c) {
-  if (axes == 0) {
-    return corner->d[c];
-  }
-  const float low = interpolate(corner, axis + 1, axes - 1, c);
-  if (axis->step == 0) {
-    return low;
-  }
-  return blend(low, interpolate(corner + axis->step, axis + 1, axes - 1, c), axis->fraction);
-}
-
-// dv = the source at a place on its blue, green and red axis.
-void vexo_3dlut_inter(const vexo_3dlut *lut, const Place (&axis)[3], vexo_vector *dv) {
-  const vexo_vector *corner = lut->d + axis[0].lower + axis[1].lower + axis[2].lower;
-  for (int c = 0; c < 3; c++) {
-    dv->d[c] = interpolate(corner, axis, 3, c);
+// out = low to high at fraction 0 for all values: the blend, without a need of double. 0 times the upper value is a
+// zero, whose sign counts where the lower one is -0, or a NaN.
+VEXO_VECTORISED void blend_at_low(const float *low, const float *high, float *out, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    out[i] = 0.0F * high[i] + low[i];
   }
 }
 
-void resample(vexo_3dlut *dst, const vexo_3dlut *src) {
-  const float scale = scale_of(dst->size, src->size);
-  const auto size = static_cast<size_t>(src->size);
-  const int last = src->size - 1;
-  vexo_vector *entry = dst->d;
-  Place axis[3];
-  for (int bi = 0; bi < dst->size; bi++) {
-    axis[0] = place_of(bi, scale, last, size * size);
-    for (int gi = 0; gi < dst->size; gi++) {
-      axis[1] = place_of(gi, scale, last, size);
-      for (int ri = 0; ri < dst->size; ri++) {
-        axis[2] = place_of(ri, scale, last, 1);
-        vexo_3dlut_inter(src, axis, entry++);
+// out = low to high at a fraction for all values.
+VEXO_VECTORISED void blend_all(const float *low, const float *high, float fraction, float *out, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    out[i] = blend(low[i], high[i], fraction);
+  }
+}
+
+// The same with a fraction for each value; out begins as the lower values.
+VEXO_VECTORISED void blend_each(const float *high, const float *fraction, float *out, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    out[i] = blend(out[i], high[i], fraction[i]);
+  }
+}
+
+struct Free {
+  void operator()(void *p) const { free(p); }
+};
+template <typename T> using Block = std::unique_ptr<T[], Free>;
+
+template <typename T> Block<T> block_of(size_t count) {
+  return Block<T>(count <= SIZE_MAX / sizeof(T) ? static_cast<T *>(malloc(count * sizeof(T))) : nullptr);
+}
+
+// Resamples an axis at a time: a row along red, then a plane of rows along green, then planes along blue. Each value
+// comes from the same blends as if the eight neighbours of every target entry were interpolated on their own, along
+// red first; the blends that target entries share are made once. The source rows and planes in use are two at a time,
+// neighbours, so a place for the even and one for the odd index holds them.
+class Resampling {
+public:
+  Resampling(vexo_3dlut *dst, const vexo_3dlut *src)
+      : dst_(dst), src_(src), row_(3 * static_cast<size_t>(dst->size)), plane_(row_ * static_cast<size_t>(dst->size)),
+        place_(block_of<Place>(static_cast<size_t>(dst->size))), red_fraction_(block_of<float>(row_)),
+        red_upper_(block_of<float>(row_)), rows_(block_of<float>(2 * row_)), planes_(block_of<float>(2 * plane_)) {}
+
+  bool run() {
+    if (place_ == nullptr || red_fraction_ == nullptr || red_upper_ == nullptr || rows_ == nullptr ||
+        planes_ == nullptr) {
+      return false;
+    }
+    find_places();
+    Held held;
+    float *out = dst_->d->d;
+    for (int bi = 0; bi < dst_->size; bi++, out += plane_) {
+      inbetween(place_[bi], plane_, out, [&](int b) { return plane(b, &held); });
+    }
+    return true;
+  }
+
+private:
+  // Which index each of a pair of places holds.
+  struct Held {
+    int index[2] = {-1, -1};
+  };
+
+  void find_places() {
+    const float scale = scale_of(dst_->size, src_->size);
+    for (int i = 0; i < dst_->size; i++) {
+      place_[i] = place_of(i, scale, src_->size - 1);
+      if (!place_[i].on_last) { // from the first index on
+        std::fill_n(&red_fraction_[3 * blended_], 3, place_[i].fraction);
+        on_points_ = on_points_ && place_[i].fraction == 0.0F;
+        blended_++;
       }
     }
   }
-}
+
+  // out = the target line at a place between two source lines of count values.
+  template <typename Line> static void inbetween(const Place &place, size_t count, float *out, Line line) {
+    const float *low = line(place.lower);
+    if (place.on_last) {
+      memcpy(out, low, count * sizeof *out);
+    } else if (place.fraction == 0.0F) {
+      blend_at_low(low, line(place.lower + 1), out, count);
+    } else {
+      blend_all(low, line(place.lower + 1), place.fraction, out, count);
+    }
+  }
+
+  // Source plane b along red and green.
+  const float *plane(int b, Held *held) {
+    float *out = &planes_[static_cast<size_t>(b % 2) * plane_];
+    if (held->index[b % 2] != b) {
+      held->index[b % 2] = b;
+      Held rows;
+      for (int gi = 0; gi < dst_->size; gi++) {
+        inbetween(place_[gi], row_, out + static_cast<size_t>(gi) * row_, [&](int g) { return row(b, g, &rows); });
+      }
+    }
+    return out;
+  }
+
+  // Source row (b, g) along red.
+  const float *row(int b, int g, Held *held) {
+    float *out = &rows_[static_cast<size_t>(g % 2) * row_];
+    if (held->index[g % 2] != g) {
+      held->index[g % 2] = g;
+      const auto size = static_cast<size_t>(src_->size);
+      const vexo_vector *source = src_->d + (static_cast<size_t>(b) * size + static_cast<size_t>(g)) * size;
+      for (size_t ri = 0; ri < static_cast<size_t>(dst_->size); ri++) {
+        memcpy(out + 3 * ri, source + place_[ri].lower, sizeof *source);
+      }
+      for (size_t ri = 0; ri < blended_; ri++) {
+        memcpy(&red_upper_[3 * ri], source + place_[ri].lower + 1, sizeof *source);
+      }
+      if (on_points_) {
+        blend_at_low(out, red_upper_.get(), out, 3 * blended_);
+      } else {
+        blend_each(red_upper_.get(), red_fraction_.get(), out, 3 * blended_);
+      }
+    }
+    return out;
+  }
+
+  vexo_3dlut *dst_;
+  const vexo_3dlut *src_;
+  size_t row_; // the values of a target row and plane
+  size_t plane_;
+  bool on_points_ = true; // all positions are source indexes
+  size_t blended_ = 0;    // target indexes that are not on the last source index; they come first
+  Block<Place> place_;
+  Block<float> red_fraction_;
+  Block<float> red_upper_;
+  Block<float> rows_;
+  Block<float> planes_;
+};
 
 } // namespace
 
@@ -211,8 +312,8 @@ vexo_3dlut *vexo_3dlut_dup(vexo_3dlut *src, int size, const char *title) {
   }
   if (lut->size == src->size || lut->size == 1) { // a single point takes the first entry
     memcpy(lut->d, src->d, table_bytes(lut->size));
-  } else {
-    resample(lut.get(), src);
+  } else if (!Resampling(lut.get(), src).run()) {
+    return nullptr;
   }
   return lut.release();
 }
@@ -226,23 +327,14 @@ struct CloseFile {
 };
 using OwnedFile = std::unique_ptr<FILE, CloseFile>;
 
-// The lines of a stream. A line that does not fit comes in pieces.
-class StreamLines {
-public:
-  explicit StreamLines(FILE *f) : f_(f) {}
-  const char *next() { return fgets(line_, sizeof line_, f_); }
-
-private:
-  FILE *f_;
-  char line_[256];
-};
+using StreamLines = vexo_internal::StreamLines<256>;
 
 // The lines of a NUL-terminated text, cut in place at its line feeds. Runs of line feeds make no empty lines.
 class TextLines {
 public:
   explicit TextLines(char *text) : text_(text), rest_(text) {}
 
-  const char *next() {
+  const char *next(size_t = 0) {
     while (*rest_ == '\n') {
       *rest_++ = '\0';
     }
@@ -257,45 +349,60 @@ public:
     return line;
   }
 
+  // As of a stream. A line that is not known to lie within the text is left to next().
+  template <typename Number, size_t kCount> bool take(Number (&values)[kCount], size_t) {
+    const char *end = vexo_internal::read_line(rest_, limit_, values);
+    if (end == nullptr) {
+      return false;
+    }
+    rest_ += end - rest_;
+    rest_[-1] = '\0';
+    return true;
+  }
+
   // From now on no line begins at or after this offset.
-  void stop_at(ptrdiff_t end) { end_ = end; }
+  void stop_at(ptrdiff_t end) {
+    end_ = end;
+    const ptrdiff_t ahead = end - (rest_ - text_);
+    limit_ = ahead > 0 ? rest_ + strnlen(rest_, static_cast<size_t>(ahead)) : rest_;
+  }
 
 private:
   const char *text_;
   char *rest_;
   ptrdiff_t end_ = PTRDIFF_MAX;
+  const char *limit_ = nullptr;
 };
 
-using Scan = bool (*)(const char *line, vexo_vector *entry);
+bool scan_numbers(const char *line, float (&v)[3]) { return sscanf(line, "%f %f %f", &v[0], &v[1], &v[2]) == 3; }
 
-bool scan_cube_entry(const char *line, vexo_vector *entry) {
-  vexo_vector v;
-  if (sscanf(line, "%f %f %f", &v.d[0], &v.d[1], &v.d[2]) != 3) {
-    return false;
-  }
-  *entry = v;
-  return true;
+bool scan_numbers(const char *line, float (&v)[6]) {
+  return sscanf(line, "%f %f %f %f %f %f", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5]) == 6;
 }
 
-bool scan_eecolor_entry(const char *line, vexo_vector *entry) {
-  vexo_vector in;
-  vexo_vector out;
-  if (sscanf(line, "%f %f %f %f %f %f", &in.d[0], &in.d[1], &in.d[2], &out.d[0], &out.d[1], &out.d[2]) != 6) {
-    return false;
+// Reads the numbers of the next line that holds so many; other lines are skipped. False at the end.
+template <typename Lines, size_t kNumbers> bool next_numbers(Lines *lines, float (&numbers)[kNumbers], size_t left) {
+  const size_t wanted = 2 * kNumbers * left - 1; // a digit and a separator each, but for the end of the last line
+  if (lines->take(numbers, wanted)) {
+    return true;
   }
-  *entry = out;
-  return true;
-}
-
-// Fills the table from the lines that hold an entry; the others are skipped.
-template <typename Lines> vexo_3dlut *filled_from(Lines *lines, Scan scan, OwnedLut lut) {
-  return filled(std::move(lut), [lines, scan](vexo_vector *entry) {
-    for (const char *line = lines->next(); line != nullptr; line = lines->next()) {
-      if (scan(line, entry)) {
-        return true;
-      }
+  for (const char *line = lines->next(wanted); line != nullptr; line = lines->next(wanted)) {
+    if (vexo_internal::read_numbers(line, line + strlen(line) + 1, numbers) != nullptr || scan_numbers(line, numbers)) {
+      return true;
     }
-    return false;
+  }
+  return false;
+}
+
+// Fills the table from lines of so many numbers, the last three of which are the entry.
+template <size_t kNumbers, typename Lines> vexo_3dlut *filled_from(Lines *lines, OwnedLut lut) {
+  return filled(std::move(lut), [lines](vexo_vector *entry, size_t left) {
+    float numbers[kNumbers];
+    if (!next_numbers(lines, numbers, left)) {
+      return false;
+    }
+    memcpy(entry->d, numbers + kNumbers - 3, sizeof entry->d);
+    return true;
   });
 }
 
@@ -356,14 +463,18 @@ bool read_size(const char *line, int *size) {
 
 long long print_entries(vexo_3dlut *lut, FILE *f) {
   const NumberLocale locale;
-  long long sum = 0;
+  LineWriter lines(f);
   const size_t count = entry_count(lut);
   for (size_t i = 0; i < count; i++) {
     const float(&rgb)[3] = lut->d[i].d;
-    sum += fprintf(f, "%0.8f %0.8f %0.8f\n", static_cast<double>(rgb[0]), static_cast<double>(rgb[1]),
-                   static_cast<double>(rgb[2]));
+    char *text = lines.line();
+    for (int c = 0; c < 3; c++) {
+      text = vexo_internal::put_decimal(text, rgb[c]);
+      *text++ = c < 2 ? ' ' : '\n';
+    }
+    lines.add(text);
   }
-  return sum;
+  return lines.finish();
 }
 
 const char *text_or(const char *text, const char *otherwise) { return text != nullptr ? text : otherwise; }
@@ -376,7 +487,7 @@ vexo_3dlut *vexo_3dlut_load_cube(FILE *f) {
   CubeHeader header;
   for (const char *line = lines.next(); line != nullptr; line = lines.next()) {
     if (line[0] != '#' && !read_title(line, header.title) && read_size(line, &header.size)) {
-      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
+      return filled_from<3>(&lines, created(header.size, header.title));
     }
   }
   return nullptr;
@@ -400,7 +511,7 @@ vexo_3dlut *vexo_3dlut_cube_load_buf(char *buf, int len) {
       read_title(line, header.title);
     } else if (read_size(line, &header.size)) {
       lines.stop_at(len);
-      return filled_from(&lines, scan_cube_entry, created(header.size, header.title));
+      return filled_from<3>(&lines, created(header.size, header.title));
     }
   }
   return nullptr;
@@ -441,18 +552,29 @@ bool packable(int nbits) { return nbits >= 1 && nbits <= 10; }
 
 // To nearest, halves away from zero, between 0 and most; a NaN is 0.
 uint32_t code_of(float value, const Coding &coding) {
-  const float code = std::round(coding.scale * value);
-  if (!(code > 0.0F)) {
-    return 0;
-  }
-  return code < static_cast<float>(coding.most) ? static_cast<uint32_t>(code) : coding.most;
+  const float most = static_cast<float>(coding.most);
+  const float positive = coding.scale * value > 0.0F ? coding.scale * value : 0.0F;
+  return nearest(positive < most ? positive : most);
 }
 
-uint64_t word_of(const vexo_vector &rgb, const Coding &coding) {
-  const uint64_t red = code_of(rgb.d[0], coding);
-  const uint64_t green = code_of(rgb.d[1], coding);
-  const uint64_t blue = code_of(rgb.d[2], coding);
-  return blue << 2 * coding.shift | green << coding.shift | red;
+VEXO_VECTORISED void find_codes(const float *value, size_t count, const Coding &coding, uint32_t *code) {
+  for (size_t i = 0; i < count; i++) {
+    code[i] = code_of(value[i], coding);
+  }
+}
+
+// Gives the words of the entries to add(word), in order.
+template <typename Word, typename Add>
+void make_words(const vexo_vector *rgb, size_t count, const Coding &coding, Add add) {
+  const size_t block = 64;
+  for (size_t done = 0; done < count; done += block) {
+    uint32_t code[3 * block];
+    const size_t entries = std::min(count - done, block);
+    find_codes(rgb[done].d, 3 * entries, coding, code);
+    for (const uint32_t *c = code; c != code + 3 * entries; c += 3) {
+      add(Word{c[2]} << 2 * coding.shift | Word{c[1]} << coding.shift | Word{c[0]});
+    }
+  }
 }
 
 } // namespace
@@ -470,8 +592,6 @@ const uint32_t kMagic = 0x42340299;
 const uint32_t kPackedVersion = 0x02000000;
 const uint32_t kWideVersion = 0x03000000;
 const uint32_t kLatticeVersion = 0x01000003;
-const size_t kWordBytes = 4;
-const size_t kWideWordBytes = 8;
 const int kWideDepth = 12;
 const int kWideSize = 33;
 
@@ -499,25 +619,47 @@ struct Model {
 // A depth beyond int comes out negative, which no format has.
 int depth_of(const vexo_dat_3dlut_header &header) { return static_cast<int>(header_integer(header.nbits)); }
 
-// The components of a word, most significant byte first.
-vexo_vector unpacked(const uint8_t (&byte)[kWordBytes], int nbits) {
-  const uint32_t word = uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
-  const uint32_t mask = all_ones(nbits);
-  const auto full = static_cast<float>(mask);
-  return vexo_vector{{static_cast<float>(word & mask) / full, static_cast<float>(word >> nbits & mask) / full,
-                      static_cast<float>(word >> 2 * nbits & mask) / full}};
-}
-
-// Fills the table from the words that next_word(byte) delivers.
-template <typename NextWord> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, NextWord next_word) {
-  return filled(std::move(lut), [nbits, next_word](vexo_vector *entry) {
-    uint8_t byte[kWordBytes];
-    if (!next_word(byte)) {
-      return false;
+// What the codes of a depth stand for.
+class Levels {
+public:
+  explicit Levels(int nbits) : nbits_(nbits), mask_(all_ones(nbits)) {
+    for (uint32_t code = 0; code <= mask_; code++) {
+      level_[code] = static_cast<float>(code) / static_cast<float>(mask_);
     }
-    *entry = unpacked(byte, nbits);
-    return true;
-  });
+  }
+
+  // The components of a word, most significant byte first.
+  vexo_vector of(const uint8_t *byte) const {
+    const uint32_t word =
+        uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
+    return vexo_vector{{level_[word & mask_], level_[word >> nbits_ & mask_], level_[word >> 2 * nbits_ & mask_]}};
+  }
+
+private:
+  int nbits_;
+  uint32_t mask_;
+  float level_[1 << 10];
+};
+
+// Fills the table from 32-bit words, which read(bytes, count) delivers.
+template <typename Read> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, Read read) {
+  if (lut == nullptr) {
+    return nullptr;
+  }
+  const Levels levels(nbits);
+  const size_t count = entry_count(lut.get());
+  const size_t block = 256;
+  for (size_t done = 0; done < count; done += block) {
+    uint8_t bytes[4 * block];
+    const size_t entries = std::min(count - done, block);
+    if (!read(bytes, entries)) {
+      return nullptr;
+    }
+    for (size_t i = 0; i < entries; i++) {
+      lut->d[done + i] = levels.of(bytes + 4 * i);
+    }
+  }
+  return lut.release();
 }
 
 size_t write_header(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int size) {
@@ -532,23 +674,55 @@ size_t write_header(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits,
   return fwrite(&header, sizeof header, 1, f);
 }
 
-size_t write_word(uint64_t word, size_t bytes, FILE *f) {
-  uint8_t byte[kWideWordBytes];
-  for (size_t i = 0; i < bytes; i++) {
-    byte[i] = static_cast<uint8_t>(word >> 8 * (bytes - 1 - i) & 0xFFU);
+// Words on their way to a stream, most significant byte first, with the effects of a call a word.
+template <typename Word> class WordWriter {
+public:
+  explicit WordWriter(FILE *f) : f_(f) {}
+
+  void add(Word word) {
+    if (count_ == kBlock) {
+      flush();
+    }
+    uint8_t *byte = bytes_ + sizeof word * count_++;
+    for (size_t i = 0; i < sizeof word; i++) {
+      byte[i] = static_cast<uint8_t>(word >> 8 * (sizeof word - 1 - i) & 0xFFU);
+    }
   }
-  return fwrite(byte, bytes, 1, f);
-}
+
+  // Writes what is left. Gives the words that the stream took.
+  size_t finish() {
+    flush();
+    return written_;
+  }
+
+private:
+  static const size_t kBlock = 128;
+
+  // A word that the stream does not take is given up, and the next is tried.
+  void flush() {
+    for (size_t done = 0; done < count_; done++) {
+      const size_t taken = fwrite(bytes_ + sizeof(Word) * done, sizeof(Word), count_ - done, f_);
+      written_ += taken;
+      done += taken;
+    }
+    count_ = 0;
+  }
+
+  FILE *f_;
+  size_t written_ = 0;
+  size_t count_ = 0;
+  uint8_t bytes_[sizeof(Word) * kBlock];
+};
 
 int items(size_t count) { return static_cast<int>(std::min<size_t>(count, INT_MAX)); }
 
-int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, const Coding &coding, size_t word_bytes) {
-  size_t written = write_header(lut, f, version, nbits, lut->size);
-  const size_t count = entry_count(lut);
-  for (size_t i = 0; i < count; i++) {
-    written += write_word(word_of(lut->d[i], coding), word_bytes, f);
-  }
-  return items(written);
+template <typename Word> int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int shift) {
+  const uint32_t full = all_ones(nbits);
+  const size_t header = write_header(lut, f, version, nbits, lut->size);
+  WordWriter<Word> words(f);
+  make_words<Word>(lut->d, entry_count(lut), Coding{static_cast<float>(full), full, shift},
+                   [&words](Word word) { words.add(word); });
+  return items(header + words.finish());
 }
 
 int floor_log2(int n) {
@@ -583,7 +757,7 @@ vexo_3dlut *vexo_3dlut_load_dat(FILE *f) {
     return nullptr;
   }
   return filled_from_words(std::move(lut), nbits,
-                           [f](uint8_t(&byte)[kWordBytes]) { return fread(byte, sizeof byte, 1, f) == 1; });
+                           [f](uint8_t *bytes, size_t count) { return fread(bytes, 4, count, f) == count; });
 }
 
 vexo_3dlut *vexo_3dlut_dat_load_file(const char *path) {
@@ -602,31 +776,31 @@ vexo_3dlut *vexo_3dlut_dat_load_buf(uint8_t *buf, int len) {
     return nullptr;
   }
   const uint8_t *word = buf + sizeof header;
-  const uint8_t *const end = buf + len;
-  return filled_from_words(created(header.size, Model(header).text), nbits, [&word, end](uint8_t(&byte)[kWordBytes]) {
-    if (end - word < static_cast<ptrdiff_t>(sizeof byte)) {
+  size_t left = static_cast<size_t>(len) - sizeof header;
+  const auto read = [&word, &left](uint8_t *bytes, size_t count) {
+    if (left / 4 < count) {
       return false;
     }
-    memcpy(byte, word, sizeof byte);
-    word += sizeof byte;
+    memcpy(bytes, word, 4 * count);
+    word += 4 * count;
+    left -= 4 * count;
     return true;
-  });
+  };
+  return filled_from_words(created(header.size, Model(header).text), nbits, read);
 }
 
 int vexo_3dlut_dump_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   if (!packable(nbits)) {
     return -1;
   }
-  const uint32_t full = all_ones(nbits);
-  return write_table(lut, f, kPackedVersion, nbits, Coding{static_cast<float>(full), full, nbits}, kWordBytes);
+  return write_table<uint32_t>(lut, f, kPackedVersion, nbits, nbits);
 }
 
 int vexo_3dlut_dump_dat_12bit(vexo_3dlut *lut, FILE *f, int nbits) {
   if (nbits != kWideDepth || lut->size != kWideSize) {
     return -1;
   }
-  const uint32_t full = all_ones(nbits);
-  return write_table(lut, f, kWideVersion, nbits, Coding{static_cast<float>(full), full, 16}, kWideWordBytes);
+  return write_table<uint64_t>(lut, f, kWideVersion, nbits, 16);
 }
 
 int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
@@ -638,15 +812,15 @@ int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   const int most = full - (1 << (nbits - floor_log2(points)));
   fprintf(stderr, "mask = %d, max = %d\n", full, most);
   const Coding coding = {static_cast<float>(full), static_cast<uint32_t>(most), nbits};
-  size_t written = write_header(lut, f, kLatticeVersion, nbits, points);
+  const size_t header = write_header(lut, f, kLatticeVersion, nbits, points);
+  WordWriter<uint32_t> words(f);
   for (int bi = 0; bi < points; bi++) {
     for (int gi = 0; gi < points; gi++) {
-      for (int ri = 0; ri < points; ri++) {
-        written += write_word(word_of(*vexo_3dlut_item(lut, bi, gi, ri), coding), kWordBytes, f);
-      }
+      make_words<uint32_t>(vexo_3dlut_item(lut, bi, gi, 0), static_cast<size_t>(points), coding,
+                           [&words](uint32_t word) { words.add(word); });
     }
   }
-  return items(written);
+  return items(header + words.finish());
 }
 
 // ---- eeColor text, COE memory images, listings
@@ -656,9 +830,21 @@ namespace {
 // A COE word always leaves ten bits to a component.
 Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), all_ones(nbits), 10}; }
 
-void print_coe_word(vexo_3dlut *lut, FILE *f, const Coding &coding, int bi, int gi, int ri) {
+// "%08x,\n" for each word.
+void print_coe_words(const vexo_vector *rgb, size_t count, const Coding &coding, LineWriter *lines) {
+  make_words<uint32_t>(rgb, count, coding, [lines](uint32_t word) {
+    char *text = vexo_internal::put_hexadecimal(lines->line(), word);
+    *text++ = ',';
+    *text++ = '\n';
+    lines->add(text);
+  });
+}
+
+// The same for an entry that may lie outside the table, where words are 0.
+void print_coe_word(vexo_3dlut *lut, LineWriter *lines, const Coding &coding, int bi, int gi, int ri) {
   const vexo_vector *rgb = vexo_3dlut_item(lut, bi, gi, ri);
-  fprintf(f, "%08x,\n", rgb != nullptr ? static_cast<uint32_t>(word_of(*rgb, coding)) : 0U);
+  const vexo_vector outside = {};
+  print_coe_words(rgb != nullptr ? rgb : &outside, 1, coding, lines);
 }
 
 // One memory image: the main block and the last green and red plane, blue indexes from first on.
@@ -666,43 +852,51 @@ void print_coe_image(vexo_3dlut *lut, FILE *f, const Coding &coding, int first) 
   const int n = lut->size - 1;
   fputs("memory_initialization_radix=16;\n", f);
   fputs("memory_initialization_vector=\n\n", f);
+  LineWriter lines(f);
   for (int bi = first; bi < first + n; bi++) {
     for (int gi = 0; gi < n; gi++) {
-      for (int ri = 0; ri < n; ri++) {
-        print_coe_word(lut, f, coding, bi, gi, ri);
-      }
+      print_coe_words(vexo_3dlut_item(lut, bi, gi, 0), static_cast<size_t>(n), coding, &lines);
     }
   }
   for (int ri = 0; ri < 2 * n; ri++) {
     for (int bi = first; bi < first + n; bi++) {
-      print_coe_word(lut, f, coding, bi, n, ri);
+      print_coe_word(lut, &lines, coding, bi, n, ri);
     }
   }
   for (int gi = 0; gi < 2 * n; gi++) {
     for (int bi = first; bi < first + n; bi++) {
-      print_coe_word(lut, f, coding, bi, gi, n);
+      print_coe_word(lut, &lines, coding, bi, gi, n);
     }
   }
+  lines.finish();
 }
 
 bool listable(int nbits) { return nbits >= 1 && nbits <= 30; }
 
 // The code as "%d" shows an unsigned one. Nothing limits it to the depth.
 int listed_code(float value, int nbits) {
-  const float code = std::round(static_cast<float>(all_ones(nbits)) * value);
+  const float code = static_cast<float>(all_ones(nbits)) * value;
   if (!(code > 0.0F)) {
     return 0;
   }
-  return static_cast<int>(code < 4294967296.0F ? static_cast<uint32_t>(code) : UINT32_MAX);
+  return static_cast<int>(code < 4294967296.0F ? nearest(code) : UINT32_MAX);
 }
 
-struct Codes {
-  int red;
-  int green;
-  int blue;
-};
-Codes listed_codes(const vexo_vector &rgb, int nbits) {
-  return Codes{listed_code(rgb.d[0], nbits), listed_code(rgb.d[1], nbits), listed_code(rgb.d[2], nbits)};
+// "%5d,%5d,%5d\t" with the codes of an entry.
+char *put_codes(char *text, const vexo_vector &rgb, int nbits) {
+  for (int c = 0; c < 3; c++) {
+    text = put_integer(text, listed_code(rgb.d[c], nbits), 5);
+    *text++ = c < 2 ? ',' : '\t';
+  }
+  return text;
+}
+
+// "[%4d]".
+char *put_index(char *text, int i) {
+  *text++ = '[';
+  text = put_integer(text, i, 4);
+  *text++ = ']';
+  return text;
 }
 
 long long print_listing_header(const vexo_3dlut *lut, FILE *f, int nbits) {
@@ -716,7 +910,7 @@ long long print_listing_header(const vexo_3dlut *lut, FILE *f, int nbits) {
 vexo_3dlut *vexo_3dlut_load_eecolor(FILE *f, int size) {
   const NumberLocale locale;
   StreamLines lines(f);
-  return filled_from(&lines, scan_eecolor_entry, created(size, nullptr));
+  return filled_from<6>(&lines, created(size, nullptr));
 }
 
 vexo_3dlut *vexo_3dlut_eecolor_load_file(const char *path, int size) {
@@ -739,15 +933,19 @@ int vexo_3dlut_dump_debug(vexo_3dlut *lut, FILE *f, int nbits) {
   }
   long long sum = print_listing_header(lut, f, nbits);
   sum += fprintf(f, "\n%5s,%5s,%5s\t[%4s][%4s][%4s]\n", "red", "green", "blue", "bi", "gi", "ri");
+  LineWriter lines(f);
+  const vexo_vector *rgb = lut->d;
   for (int bi = 0; bi < lut->size; bi++) {
     for (int gi = 0; gi < lut->size; gi++) {
       for (int ri = 0; ri < lut->size; ri++) {
-        const Codes code = listed_codes(*vexo_3dlut_item(lut, bi, gi, ri), nbits);
-        sum += fprintf(f, "%5d,%5d,%5d\t[%4d][%4d][%4d]\n", code.red, code.green, code.blue, bi, gi, ri);
+        char *text = put_codes(lines.line(), *rgb++, nbits);
+        text = put_index(put_index(put_index(text, bi), gi), ri);
+        *text++ = '\n';
+        lines.add(text);
       }
     }
   }
-  return characters(sum);
+  return characters(sum + lines.finish());
 }
 
 int vexo_3dlut_dump_1dlut_debug(vexo_3dlut *lut, FILE *f, int nbits) {
@@ -755,9 +953,11 @@ int vexo_3dlut_dump_1dlut_debug(vexo_3dlut *lut, FILE *f, int nbits) {
     return -1;
   }
   long long sum = print_listing_header(lut, f, nbits);
+  LineWriter lines(f);
   for (int i = 0; i < lut->size; i++) {
-    const Codes code = listed_codes(*vexo_3dlut_item(lut, i, i, i), nbits);
-    sum += fprintf(f, "%5d,%5d,%5d\t[%4d]\n", code.red, code.green, code.blue, i);
+    char *text = put_index(put_codes(lines.line(), *vexo_3dlut_item(lut, i, i, i), nbits), i);
+    *text++ = '\n';
+    lines.add(text);
   }
-  return characters(sum);
+  return characters(sum + lines.finish());
 }

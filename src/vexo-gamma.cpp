@@ -13,11 +13,15 @@
 #include "vexo-exact.h"
 #include "vexo-locale.h"
 #include "vexo-search.h"
+#include "vexo-stream.h"
+#include "vexo-text.h"
 
 using vexo_internal::blend;
 using vexo_internal::first_reached;
 using vexo_internal::FirstReach;
+using vexo_internal::LineWriter;
 using vexo_internal::NumberLocale;
+using vexo_internal::put_integer;
 using vexo_internal::table_at;
 
 namespace {
@@ -72,6 +76,9 @@ float max_code(int nbits) { return static_cast<float>((1 << nbits) - 1); }
 
 // The code of a value, to nearest, halves away from zero; not limited to the depth, but to int. A NaN is 0.
 int code_of(float value, float max_value) {
+  if (max_value * value >= 0.0F && max_value * value < 2147483648.0F) {
+    return static_cast<int>(vexo_internal::nearest(max_value * value));
+  }
   const float code = std::round(max_value * value);
   if (std::isnan(code)) {
     return 0;
@@ -92,31 +99,39 @@ unsigned short short_code_of(float value, float max_value) {
   return static_cast<unsigned short>(bits & 0xFFFFU);
 }
 
+// The codes of entry i of three tables, a line "%*d %*d %*d\n".
+char *put_codes(char *text, const vexo_lut *lut, int i, float max_value, int width) {
+  for (int c = 0; c < 3; c++) {
+    text = put_integer(text, code_of(lut[c].d[i], max_value), width);
+    *text++ = c < 2 ? ' ' : '\n';
+  }
+  return text;
+}
+
 // What distinguishes the two three-channel readers.
 struct TextLayout {
-  int nbits;                                      // default depth
-  bool size_is_log2;                              // the size line gives the base-2 logarithm
-  bool (*scan)(const char *line, float codes[3]); // three codes of a data line
+  int nbits;         // default depth
+  bool size_is_log2; // the size line gives the base-2 logarithm
 };
 
 // Unsigned integers as %u takes them: a minus sign wraps, and the low 32 bits count on every host.
-bool scan_integers(const char *line, float codes[3]) {
+bool scan_codes(const char *line, uint32_t (&codes)[3]) {
   unsigned long long wide[3];
   if (sscanf(line, "%llu %llu %llu", &wide[0], &wide[1], &wide[2]) != 3) {
     return false;
   }
   for (int c = 0; c < 3; c++) {
-    codes[c] = static_cast<float>(static_cast<uint32_t>(wide[c]));
+    codes[c] = static_cast<uint32_t>(wide[c]);
   }
   return true;
 }
 
-bool scan_decimals(const char *line, float codes[3]) {
+bool scan_codes(const char *line, float (&codes)[3]) {
   return sscanf(line, "%f %f %f", &codes[0], &codes[1], &codes[2]) == 3;
 }
 
-const TextLayout kIntegerFile = {kIntegerDepth, false, scan_integers};
-const TextLayout kDecimalFile = {kDecimalDepth, true, scan_decimals};
+const TextLayout kIntegerFile = {kIntegerDepth, false};
+const TextLayout kDecimalFile = {kDecimalDepth, true};
 
 // The number of a header line "KEYWORD number", low 32 bits, as %d takes it.
 bool header_number(const char *line, const char *format, int *number) {
@@ -128,37 +143,51 @@ bool header_number(const char *line, const char *format, int *number) {
   return true;
 }
 
-class LineReader {
-public:
-  explicit LineReader(FILE *f) : f_(f) {}
-  bool next() { return fgets(line_, sizeof line_, f_) != nullptr; }
-  const char *line() const { return line_; }
+using StreamLines = vexo_internal::StreamLines<1024>;
 
-private:
-  FILE *f_;
-  char line_[1024] = "";
-};
+enum class Line { none, other, codes };
 
-int load_three_channels(FILE *f, vexo_lut *lut, const TextLayout &layout) {
+// The codes of a line, if it holds three.
+template <typename Code> Line read_codes(const char *line, Code (&codes)[3]) {
+  const char *limit = line + strlen(line) + 1;
+  return vexo_internal::read_numbers(line, limit, codes) != nullptr || scan_codes(line, codes) ? Line::codes
+                                                                                               : Line::other;
+}
+
+// The same for the next line of the stream. wanted is the number of lines to come.
+template <typename Code> Line next_codes(StreamLines *lines, size_t wanted, Code (&codes)[3]) {
+  if (lines->take(codes, wanted)) { // a line feed each
+    return Line::codes;
+  }
+  const char *line = lines->next(wanted);
+  return line != nullptr ? read_codes(line, codes) : Line::none;
+}
+
+template <typename Code> int load_three_channels(FILE *f, vexo_lut *lut, const TextLayout &layout) {
   const NumberLocale locale;
-  LineReader in(f);
+  StreamLines lines(f);
   int size = kDefaultSize;
   int nbits = layout.nbits;
-  if (!in.next()) {
+  const char *line = lines.next();
+  if (line == nullptr) {
     return -1;
   }
-  if (header_number(in.line(), "LUT_1D_SIZE %lld", &size)) {
+  if (header_number(line, "LUT_1D_SIZE %lld", &size)) {
     if (layout.size_is_log2) {
       if (size < 0 || size > 30) {
         return -1;
       }
       size = 1 << size;
     }
-    if (!in.next()) {
+    line = lines.next();
+    if (line == nullptr) {
       return -1;
     }
-    if (header_number(in.line(), "LUT_1D_BITS %lld", &nbits) && !in.next()) {
-      return -1;
+    if (header_number(line, "LUT_1D_BITS %lld", &nbits)) {
+      line = lines.next();
+      if (line == nullptr) {
+        return -1;
+      }
     }
   }
   if (!valid_depth(nbits)) {
@@ -170,18 +199,21 @@ int load_three_channels(FILE *f, vexo_lut *lut, const TextLayout &layout) {
     }
   }
   const float max_value = max_code(nbits);
-  bool more = true;
+  if (size <= 0) {
+    return 0;
+  }
+  Code codes[3];
+  Line found = read_codes(line, codes);
   for (int i = 0; i < size; i++) {
-    if (!more) {
+    if (found == Line::none) {
       return -1;
     }
-    float codes[3];
-    if (layout.scan(in.line(), codes)) {
+    if (found == Line::codes) {
       for (int c = 0; c < 3; c++) {
-        lut[c].d[i] = codes[c] / max_value;
+        lut[c].d[i] = static_cast<float>(codes[c]) / max_value;
       }
     }
-    more = in.next();
+    found = next_codes(&lines, static_cast<size_t>(size - i), codes); // after the last entry, too
   }
   return 0;
 }
@@ -459,9 +491,17 @@ void vexo_lut_dump_int(FILE *f, vexo_lut *lut, int nbits, char *title) {
   }
   fprintf(f, "LUT_1D_SIZE %d\nLUT_1D_BITS %d\n", lut->size, nbits);
   const float max_value = max_code(nbits);
+  LineWriter lines(f);
   for (int i = 0; i < lut->size; i++) {
-    fprintf(f, "%5d\t#%5d,\n", code_of(lut->d[i], max_value), i);
+    char *text = put_integer(lines.line(), code_of(lut->d[i], max_value), 5);
+    *text++ = '\t';
+    *text++ = '#';
+    text = put_integer(text, i, 5);
+    *text++ = ',';
+    *text++ = '\n';
+    lines.add(text);
   }
+  lines.finish();
 }
 
 void vexo_lut_dump_int3(FILE *f, vexo_lut *lut, int nbits, char *prefix) {
@@ -474,10 +514,16 @@ void vexo_lut_dump_int3(FILE *f, vexo_lut *lut, int nbits, char *prefix) {
     fprintf(f, "LUT(%d x %d):\n", lut[0].size, nbits);
   }
   const float max_value = max_code(nbits);
+  LineWriter lines(f);
   for (int i = 0; i < lut[0].size; i++) {
-    fprintf(f, "\t[%4d] - %8d %8d %8d\n", i, code_of(lut[0].d[i], max_value), code_of(lut[1].d[i], max_value),
-            code_of(lut[2].d[i], max_value));
+    char *text = lines.line();
+    *text++ = '\t';
+    *text++ = '[';
+    text = put_integer(text, i, 4);
+    memcpy(text, "] - ", 4);
+    lines.add(put_codes(text + 4, lut, i, max_value, 8));
   }
+  lines.finish();
 }
 
 int vexo_luts_store_int(FILE *f, vexo_lut *lut, int nbits) {
@@ -486,16 +532,17 @@ int vexo_luts_store_int(FILE *f, vexo_lut *lut, int nbits) {
   }
   fprintf(f, "LUT_1D_SIZE %d\nLUT_1D_BITS %d\n", lut[0].size, nbits);
   const float max_value = max_code(nbits);
+  LineWriter lines(f);
   for (int i = 0; i < lut[0].size; i++) {
-    fprintf(f, "%5d %5d %5d\n", code_of(lut[0].d[i], max_value), code_of(lut[1].d[i], max_value),
-            code_of(lut[2].d[i], max_value));
+    lines.add(put_codes(lines.line(), lut, i, max_value, 5));
   }
+  lines.finish();
   return 0;
 }
 
-int vexo_luts_load_int(FILE *f, vexo_lut *lut) { return load_three_channels(f, lut, kIntegerFile); }
+int vexo_luts_load_int(FILE *f, vexo_lut *lut) { return load_three_channels<uint32_t>(f, lut, kIntegerFile); }
 
-int vexo_luts_load_file(FILE *f, vexo_lut *lut) { return load_three_channels(f, lut, kDecimalFile); }
+int vexo_luts_load_file(FILE *f, vexo_lut *lut) { return load_three_channels<float>(f, lut, kDecimalFile); }
 
 int vexo_lut_load_custom(FILE *f, vexo_lut *lut) {
   const NumberLocale locale;

@@ -1,0 +1,162 @@
+// 3D LUTs: the plain form, a call of the C library or an interpolation an entry, beside the library's.
+#include "vexo-3dlut.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "lut3d-support.h"
+#include "plain/vexo-3dlut-plain.h"
+#include "plain/vexo-text-plain.h"
+
+namespace {
+
+Lut look(int size) {
+  return table(size, "look", [size](int bi, int gi, int ri) {
+    const auto channel = [size](int i, int other) {
+      return 0.5F + 0.49F * std::sin((static_cast<float>(i) + 0.3F * static_cast<float>(other)) * 2.9F /
+                                     static_cast<float>(size));
+    };
+    return vexo_vector{{channel(ri, gi), channel(gi, bi), channel(bi, ri)}};
+  });
+}
+
+plain::Entries entries_of(vexo_3dlut *lut) {
+  const size_t size = static_cast<size_t>(vexo_3dlut_size(lut));
+  const vexo_vector *first = vexo_3dlut_item(lut, 0, 0, 0);
+  return plain::Entries(first, first + size * size * size);
+}
+
+template <typename Print> std::string text_of(Print print) {
+  char *text = nullptr;
+  size_t length = 0;
+  FILE *f = open_memstream(&text, &length);
+  print(f);
+  fclose(f);
+  std::string all(text, length);
+  free(text);
+  return all;
+}
+
+class Sink {
+public:
+  Sink() : f_(fopen("/dev/null", "w")) {}
+  ~Sink() { fclose(f_); }
+  operator FILE *() { return f_; }
+
+private:
+  FILE *f_;
+};
+
+class Source {
+public:
+  explicit Source(const std::string &text) : f_(fopen(folder_.file("table").c_str(), "w+")) {
+    fwrite(text.data(), 1, text.size(), f_);
+    fflush(f_);
+  }
+  ~Source() { fclose(f_); }
+  FILE *again() {
+    rewind(f_);
+    return f_;
+  }
+  std::string path() const { return folder_.file("table"); }
+
+private:
+  Folder folder_;
+  FILE *f_;
+};
+
+std::string cube_of(vexo_3dlut *lut) {
+  return text_of([&](FILE *f) { vexo_3dlut_dump_cube(lut, f); });
+}
+
+void cube_load_buf_plain(benchmark::State &state) {
+  const Lut lut = look(static_cast<int>(state.range(0)));
+  const plain::Entries entries = entries_of(lut.get());
+  const std::string text = text_of([&](FILE *f) { plain::print_entries(f, entries); });
+  std::string copy;
+  for (auto _ : state) {
+    copy = text;
+    benchmark::DoNotOptimize(plain::read_entries(copy.data(), static_cast<ptrdiff_t>(copy.size()), entries.size()));
+  }
+}
+BENCHMARK(cube_load_buf_plain)->Arg(17)->Arg(33)->Arg(65);
+
+void cube_load_buf(benchmark::State &state) {
+  const std::string text = cube_of(look(static_cast<int>(state.range(0))).get());
+  std::string copy;
+  for (auto _ : state) {
+    copy = text; // the reader cuts it
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_cube_load_buf(copy.data(), static_cast<int>(copy.size()))));
+  }
+}
+BENCHMARK(cube_load_buf)->Arg(17)->Arg(33)->Arg(65);
+
+void cube_load_stream_plain(benchmark::State &state) {
+  const plain::Entries entries = entries_of(look(static_cast<int>(state.range(0))).get());
+  Source source(text_of([&](FILE *f) { plain::print_entries(f, entries); }));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(plain::read_entries(source.again(), entries.size(), plain::scan_cube_entry));
+  }
+}
+BENCHMARK(cube_load_stream_plain)->Arg(17)->Arg(33)->Arg(65);
+
+void cube_load_stream(benchmark::State &state) {
+  Source source(cube_of(look(static_cast<int>(state.range(0))).get()));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_load_cube(source.again())));
+  }
+}
+BENCHMARK(cube_load_stream)->Arg(17)->Arg(33)->Arg(65);
+
+void cube_load_file(benchmark::State &state) {
+  const Source source(cube_of(look(static_cast<int>(state.range(0))).get()));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_cube_load_file(source.path().c_str())));
+  }
+}
+BENCHMARK(cube_load_file)->Arg(17)->Arg(33)->Arg(65);
+
+void cube_write_plain(benchmark::State &state) {
+  const plain::Entries entries = entries_of(look(33).get());
+  Sink sink;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(plain::print_entries(sink, entries));
+  }
+}
+BENCHMARK(cube_write_plain);
+
+void cube_write(benchmark::State &state) {
+  const Lut lut = look(33);
+  Sink sink;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(vexo_3dlut_dump_cube(lut.get(), sink));
+  }
+}
+BENCHMARK(cube_write);
+
+void resample_sizes(benchmark::internal::Benchmark *b) {
+  b->Args({17, 33})->Args({33, 65})->Args({65, 33})->Args({64, 33});
+}
+
+void resample_plain(benchmark::State &state) {
+  const Lut src = look(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    const Lut dst(vexo_3dlut_create(static_cast<int>(state.range(1)), nullptr));
+    plain::resample(dst.get(), src.get());
+    benchmark::DoNotOptimize(dst.get());
+  }
+}
+BENCHMARK(resample_plain)->Apply(resample_sizes);
+
+void resample(benchmark::State &state) {
+  const Lut src = look(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_dup(src.get(), static_cast<int>(state.range(1)), nullptr)));
+  }
+}
+BENCHMARK(resample)->Apply(resample_sizes);
+
+} // namespace

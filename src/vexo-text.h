@@ -1,0 +1,285 @@
+// Number text, read and written with exact arithmetic: what the C library's scanf and printf make of it in the "C"
+// locale, to the last bit and character, at a fraction of the cost. The readers take the plain forms and leave every
+// other (hexadecimal, infinities, long mantissas, odd separators) to scanf; the writers ask printf for what is out of
+// the usual range. Both need vexo_internal::NumberLocale in force.
+#ifndef VEXO_TEXT_H
+#define VEXO_TEXT_H
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+namespace vexo_internal {
+
+// ---- Eight characters at once, the first in the lowest byte whatever the host's order
+
+inline uint64_t load_eight(const char *text) {
+  const auto byte = [text](int i) { return uint64_t{static_cast<unsigned char>(text[i])} << 8 * i; };
+  return byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
+}
+
+inline void store_eight(char *text, uint64_t characters) {
+  text[0] = static_cast<char>(characters & 0xFFU);
+  text[1] = static_cast<char>(characters >> 8 & 0xFFU);
+  text[2] = static_cast<char>(characters >> 16 & 0xFFU);
+  text[3] = static_cast<char>(characters >> 24 & 0xFFU);
+  text[4] = static_cast<char>(characters >> 32 & 0xFFU);
+  text[5] = static_cast<char>(characters >> 40 & 0xFFU);
+  text[6] = static_cast<char>(characters >> 48 & 0xFFU);
+  text[7] = static_cast<char>(characters >> 56);
+}
+
+const uint64_t kEightZeros = 0x3030303030303030;  // "00000000"
+const uint64_t kEightBlanks = 0x1010101010101010; // as many blanks, below the zeros
+
+// The high bits of the bytes that are not 0..9, right up to the first such byte: only it can carry into the next.
+inline uint64_t beyond_digits(uint64_t bytes) { return (bytes | (bytes + 0x7676767676767676)) & 0x8080808080808080; }
+
+// Which of eight bytes, with the first mark in it.
+inline int first_byte(uint64_t marks) { return __builtin_ctzll(marks) / 8; }
+
+// The number of eight digit bytes: pairs, then fours, then all eight.
+inline uint64_t number_of(uint64_t digits) {
+  const uint64_t pairs = digits * 10 + (digits >> 8);
+  const uint64_t odd = (pairs & 0x000000FF000000FF) * (100 + (uint64_t{1000000} << 32));
+  const uint64_t even = (pairs >> 16 & 0x000000FF000000FF) * (1 + (uint64_t{10000} << 32));
+  return (odd + even) >> 32;
+}
+
+// The eight digit bytes of a number below 10^8: the inverse, with quotients by multiplication that are exact here. A
+// step leaves the quotient where the number was and puts the remainder n - q c at the next higher place of s bits:
+// q + ((n - q c) << s) = (n << s) - q ((c << s) - 1).
+inline uint64_t digits_of(uint32_t number) {
+  const uint64_t fours = (uint64_t{number} << 32) - uint64_t{number / 10000} * ((uint64_t{10000} << 32) - 1);
+  const uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007F0000007F;
+  const uint64_t pairs = (fours << 16) - hundreds * ((100 << 16) - 1);
+  const uint64_t tens = (pairs * 103 >> 10) & 0x000F000F000F000F;
+  return (pairs << 8) - tens * ((10 << 8) - 1);
+}
+
+// ---- Reading
+
+// Every reader below takes text up to limit and gives the end of what it read, or null when the text is not of its
+// plain form or does not end before limit.
+
+inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// White space within a line.
+inline bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r' && c != '\n'); }
+
+inline const char *skip_blanks(const char *text, const char *limit) {
+  while (text < limit && is_blank(*text)) {
+    text++;
+  }
+  return text;
+}
+
+// Whether a number that ends here is one for scanf, too, without a look at what follows.
+inline bool ends_number(char c) { return c == ' ' || c == '\n' || c == '\0' || is_blank(c); }
+inline bool ends_number(const char *text, const char *limit) { return text < limit && ends_number(*text); }
+
+const ptrdiff_t kMostDigits = 19; // of a number below 2^64
+
+// Appends a run of digits to the number, modulo 2^64.
+inline const char *read_digits(const char *text, const char *limit, uint64_t *number) {
+  while (text < limit && is_digit(*text)) {
+    *number = *number * 10 + static_cast<uint64_t>(*text++ - '0');
+  }
+  return text;
+}
+
+// The same for runs that are usually long.
+inline const char *read_long_digits(const char *text, const char *limit, uint64_t *number) {
+  while (limit - text >= 8) {
+    const uint64_t digits = load_eight(text) ^ kEightZeros;
+    if (beyond_digits(digits) != 0) {
+      break;
+    }
+    *number = *number * 100000000 + number_of(digits);
+    text += 8;
+  }
+  return read_digits(text, limit, number);
+}
+
+// The low 32 bits of a number as "%llu" takes it.
+inline const char *read_number(const char *text, const char *limit, uint32_t *value) {
+  uint64_t number = 0;
+  const char *end = read_digits(text, limit, &number);
+  if (end == text || end - text > kMostDigits || !ends_number(end, limit)) {
+    return nullptr;
+  }
+  *value = static_cast<uint32_t>(number);
+  return end;
+}
+
+// Rounds to single precision what is within two units in the last place of an exact value not below FLT_MIN. False
+// where a midpoint between two floats may lie between the two: anywhere else both round to the same float.
+inline bool round_to_float(double near, float *value) {
+  uint64_t bits;
+  memcpy(&bits, &near, sizeof bits);
+  const uint64_t beyond_float = bits & 0x1FFFFFFF; // the 29 bits that a float has not got
+  const uint64_t midpoint = 0x10000000;
+  *value = static_cast<float>(near);
+  return beyond_float - (midpoint - 2) > 4;
+}
+
+// number * 10^exponent as a float. The conversion of the number and the division (or product) by a power of ten that
+// is a double itself err by half a unit each. Other exponents are refused: within these, no value but 0 is below
+// FLT_MIN or beyond FLT_MAX.
+inline bool scaled(uint64_t number, ptrdiff_t exponent, bool negative, float *value) {
+  static const double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  if (exponent < -22 || exponent > 18) {
+    return false;
+  }
+  const auto digits = static_cast<double>(number);
+  const double near = exponent < 0 ? digits / kPowers[-exponent] : digits * kPowers[exponent];
+  return round_to_float(negative ? -near : near, value);
+}
+
+// A decimal number as "%f" takes it: sign, digits with a point among them, and a power of ten of one or two digits.
+inline const char *read_number(const char *text, const char *limit, float *value) {
+  const bool negative = text < limit && *text == '-';
+  if (negative || (text < limit && *text == '+')) {
+    text++;
+  }
+  uint64_t number = 0;
+  const char *end = read_digits(text, limit, &number);
+  ptrdiff_t count = end - text;
+  ptrdiff_t exponent = 0;
+  if (end < limit && *end == '.') {
+    const char *decimals = end + 1;
+    end = read_long_digits(decimals, limit, &number);
+    exponent = decimals - end;
+    count -= exponent;
+  }
+  if (count == 0 || count > kMostDigits) {
+    return nullptr;
+  }
+  if (end < limit && (*end == 'e' || *end == 'E')) {
+    const bool down = ++end < limit && *end == '-';
+    if (down || (end < limit && *end == '+')) {
+      end++;
+    }
+    uint64_t power = 0;
+    const char *digits = end;
+    end = read_digits(digits, limit, &power);
+    if (end == digits || end - digits > 2) {
+      return nullptr;
+    }
+    exponent += down ? -static_cast<ptrdiff_t>(power) : static_cast<ptrdiff_t>(power);
+  }
+  return ends_number(end, limit) && scaled(number, exponent, negative, value) ? end : nullptr;
+}
+
+// The same for the commonest form only: a digit, a point and up to eight decimals. As if zeros made them eight.
+inline const char *read_short_number(const char *text, const char *limit, float *value) {
+  if (limit - text < 11 || !is_digit(text[0]) || text[1] != '.') {
+    return nullptr;
+  }
+  const uint64_t bytes = load_eight(text + 2) ^ kEightZeros;
+  const uint64_t marks = beyond_digits(bytes);
+  const char *end = text + 2 + (marks == 0 ? 8 : first_byte(marks));
+  if (!ends_number(*end)) {
+    return nullptr;
+  }
+  const uint64_t decimals = bytes & (((marks & (~marks + 1)) >> 7) - 1);
+  const uint64_t number = static_cast<uint64_t>(text[0] - '0') * 100000000 + number_of(decimals);
+  return round_to_float(static_cast<double>(static_cast<int64_t>(number)) / 1e8, value) ? end : nullptr;
+}
+
+inline const char *read_short_number(const char *, const char *, uint32_t *) { return nullptr; }
+
+// Numbers with white space before each.
+template <typename Number, size_t kCount>
+const char *read_numbers(const char *text, const char *limit, Number (&values)[kCount]) {
+  for (Number &value : values) {
+    if (text < limit && *text == ' ') {
+      text++;
+    }
+    const char *end = read_short_number(text, limit, &value);
+    if (end == nullptr) {
+      end = read_number(skip_blanks(text, limit), limit, &value);
+    }
+    if (end == nullptr) {
+      return nullptr;
+    }
+    text = end;
+  }
+  return text;
+}
+
+// A whole line of numbers: what follows it.
+template <typename Number, size_t kCount>
+const char *read_line(const char *text, const char *limit, Number (&values)[kCount]) {
+  const char *end = read_numbers(text, limit, values);
+  if (end == nullptr) {
+    return nullptr;
+  }
+  end = skip_blanks(end, limit);
+  return end < limit && *end == '\n' ? end + 1 : nullptr;
+}
+
+// ---- Writing
+
+// To nearest, halves away from zero, for 0 <= x < 2^32. The integer part is a float, and so is what lies beyond it.
+inline uint32_t nearest(float x) {
+  const auto whole = static_cast<uint32_t>(x);
+  return whole + (x - static_cast<float>(whole) >= 0.5F ? 1 : 0);
+}
+
+// Every writer of text below gives the end of what it wrote and may use kNumberRoom characters.
+const size_t kNumberRoom = 64;
+
+// "%*d" for a width of 1 to 8: the digits behind blanks that go up to the width.
+inline char *put_integer(char *text, int value, int width) {
+  if (value < 0 || value > 99999999) {
+    return text + snprintf(text, kNumberRoom, "%*d", width, value);
+  }
+  const uint64_t digits = digits_of(static_cast<uint32_t>(value));
+  const int zeros = __builtin_ctzll(digits | uint64_t{1} << 56) & ~7; // bits of them before the first digit to show
+  const uint64_t blanks = kEightBlanks & ((uint64_t{1} << zeros) - 1);
+  const int left_out = zeros < 64 - 8 * width ? zeros : 64 - 8 * width;
+  store_eight(text, ((digits | kEightZeros) - blanks) >> left_out);
+  return text + (64 - left_out) / 8;
+}
+
+// "%0.8f". The product with 10^8 is exact in double: 24 bits times the 19 bits of 5^8. Adding 2^52 rounds it to a whole
+// number as printf rounds, halves to even.
+inline char *put_decimal(char *text, float value) {
+  const double magnitude = std::fabs(static_cast<double>(value));
+  if (!(magnitude < 16777216.0)) {
+    return text + snprintf(text, kNumberRoom, "%0.8f", static_cast<double>(value));
+  }
+  const double whole = 4503599627370496.0;
+  const auto scaled_value = static_cast<uint64_t>((magnitude * 1e8 + whole) - whole);
+  if (std::signbit(value)) {
+    *text++ = '-';
+  }
+  const auto integer = static_cast<int>(scaled_value / 100000000);
+  if (integer < 10) {
+    *text++ = static_cast<char>('0' + integer);
+  } else {
+    text = put_integer(text, integer, 1);
+  }
+  *text++ = '.';
+  store_eight(text, digits_of(static_cast<uint32_t>(scaled_value % 100000000)) | kEightZeros);
+  return text + 8;
+}
+
+// "%08x".
+inline char *put_hexadecimal(char *text, uint32_t word) {
+  // The nibbles as bytes, the highest in the lowest byte.
+  uint64_t nibbles = (word >> 16) | uint64_t{word & 0xFFFFU} << 32;
+  nibbles = (nibbles >> 8 & 0x000000FF000000FF) | (nibbles & 0x000000FF000000FF) << 16;
+  nibbles = (nibbles >> 4 & 0x000F000F000F000F) | (nibbles & 0x000F000F000F000F) << 8;
+  const uint64_t letters = (nibbles + 0x0606060606060606) >> 4 & 0x0101010101010101;
+  store_eight(text, nibbles + kEightZeros + letters * ('a' - '0' - 10));
+  return text + 8;
+}
+
+} // namespace vexo_internal
+
+#endif
