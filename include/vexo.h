@@ -97,7 +97,7 @@ int vexo_adjust_wb(const float *R, const float *G, const float *B, const float *
 
 /**
  * Fills three LUTs with the drives at which each channel of the tables data follows system(camera^-1(input)).
- * @return 0, or -1 with a line on standard error when the working table cannot be allocated.
+ * @return always 0.
  */
 int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_gamma *camera, vexo_gamma *system);
 

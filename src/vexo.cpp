@@ -289,7 +289,7 @@ VEXO_VECTORISED void mix_lanes(Candidates *__restrict lane, const BlueLevels &le
     const vexo_vector vr = {{lane->x[i], lane->y[i], lane->Y[i]}};
     const vexo_vector pair = mix_weighted(vr, weight(vr), gray.green, Sg);
     const vexo_vector mixed = mix_weighted(pair, weight(pair), vb, weight(vb));
-    const bool mixes = valid_xyY(pair) & valid_xyY(vb);
+    const bool mixes = (static_cast<int>(valid_xyY(pair)) & static_cast<int>(valid_xyY(vb))) != 0;
     const vexo_vector shown = {{mixes ? mixed.d[0] : 0.0F, mixes ? mixed.d[1] : 0.0F, 0.0F}};
     lane->blue[i] = blue;
     lane->ends[i] = !(lane->red[i] >= 0.0F) | (blue < 0.0F) | (gray.blue_above <= blue);

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -202,15 +202,18 @@ vexo_lcnr measurements(Random *random, int n) {
   }
   const double noise = n % 3 == 0 ? 0.0 : n % 3 == 1 ? 0.0005 : 0.01;
   vexo_lcnr lcnr = panel_model::measure(panel, 2 + random->below(63), {noise, noise / 10.0});
-  if (n % 4 == 3) { // readings that no probe gives: luminance below black, equal, huge, none
+  auto &luminance = lcnr.data[random->below(3)][1];
+  if (n % 4 == 2) { // readings that no probe gives: luminance below black, equal, huge, none
     for (int k = random->below(5); k >= 0; k--) {
       const float strange[] = {-1.0F, 0.0F, 1e-42F, 1e30F, 3e38F, lcnr.data[0][1][0]};
       lcnr.data[random->below(3)][random->below(3)][random->below(lcnr.num)] = strange[random->below(6)];
     }
-  }
-  if (n % 8 == 5) { // a channel whose top is as dark as black
-    auto &luminance = lcnr.data[random->below(3)][1];
+  } else if (n % 8 == 3) { // a channel whose top is as dark as black
     luminance[lcnr.num - 1] = luminance[0];
+  } else if (n % 8 == 4) { // one with a dark row
+    luminance[1 + random->below(lcnr.num - 1)] = luminance[0] - (n % 16 == 4 ? 0.0F : 0.25F);
+  } else if (n % 8 == 0) { // one that falls
+    std::sort(luminance + 1, luminance + lcnr.num - 1, std::greater<float>());
   }
   return lcnr;
 }
@@ -229,7 +232,7 @@ struct Result {
 TEST(Fast, RecipesOnAnyPanel) {
   Random random(4);
   CaptureStderr messages; // readings that fall are reported
-  for (int n = 0; n < 56; n++) {
+  for (int n = 0; n < 80; n++) {
     const vexo_lcnr lcnr = measurements(&random, n);
     const vexo_gamma camera = curve(&random);
     const vexo_gamma system = curve(&random);
@@ -238,7 +241,7 @@ TEST(Fast, RecipesOnAnyPanel) {
     const vexo_vector white = {{x, y, 1.0F - x - y}};
     const Recipe recipes[2][2] = {{vexo_generate_lut, plain::generate_lut},
                                   {vexo_data_alignment, plain::data_alignment}};
-    const auto &recipe = recipes[n % 2];
+    const auto &recipe = recipes[n / 8 % 3 == 0 ? 1 : 0]; // either for every kind of panel
     const Result fast(recipe[0], lcnr, camera, system, white);
     const Result expected(recipe[1], lcnr, camera, system, white);
     ASSERT_EQ(fast.status, expected.status) << n;
