@@ -10,7 +10,7 @@
 #include "../examples/panel-model.h"
 #include "bits.h"
 #include "plain/vexo-plain.h"
-#include "stderr.h"
+#include "text.h"
 #include "vexo-cs.h"
 #include "vexo.h"
 
@@ -231,26 +231,27 @@ struct Result {
 
 TEST(Fast, RecipesOnAnyPanel) {
   Random random(4);
-  CaptureStderr messages; // readings that fall are reported
-  for (int n = 0; n < 80; n++) {
-    const vexo_lcnr lcnr = measurements(&random, n);
-    const vexo_gamma camera = curve(&random);
-    const vexo_gamma system = curve(&random);
-    const float x = random.uniform(0.27F, 0.36F);
-    const float y = random.uniform(0.27F, 0.37F);
-    const vexo_vector white = {{x, y, 1.0F - x - y}};
-    const Recipe recipes[2][2] = {{vexo_generate_lut, plain::generate_lut},
-                                  {vexo_data_alignment, plain::data_alignment}};
-    const auto &recipe = recipes[n / 8 % 3 == 0 ? 1 : 0]; // either for every kind of panel
-    const Result fast(recipe[0], lcnr, camera, system, white);
-    const Result expected(recipe[1], lcnr, camera, system, white);
-    ASSERT_EQ(fast.status, expected.status) << n;
-    ASSERT_EQ(value_bits(fast.context.data[0][0], 9 * 1024), value_bits(expected.context.data[0][0], 9 * 1024)) << n;
-    ASSERT_EQ(value_bits(fast.context.maxY, 3), value_bits(expected.context.maxY, 3)) << n;
-    for (int c = 0; c < 3; c++) {
-      ASSERT_EQ(value_bits(fast.out.lut[c].d, 1024), value_bits(expected.out.lut[c].d, 1024)) << n << ' ' << c;
+  diagnostics([&] { // readings that fall are reported
+    for (int n = 0; n < 80; n++) {
+      const vexo_lcnr lcnr = measurements(&random, n);
+      const vexo_gamma camera = curve(&random);
+      const vexo_gamma system = curve(&random);
+      const float x = random.uniform(0.27F, 0.36F);
+      const float y = random.uniform(0.27F, 0.37F);
+      const vexo_vector white = {{x, y, 1.0F - x - y}};
+      const Recipe recipes[2][2] = {{vexo_generate_lut, plain::generate_lut},
+                                    {vexo_data_alignment, plain::data_alignment}};
+      const auto &recipe = recipes[n / 8 % 3 == 0 ? 1 : 0]; // either for every kind of panel
+      const Result fast(recipe[0], lcnr, camera, system, white);
+      const Result expected(recipe[1], lcnr, camera, system, white);
+      ASSERT_EQ(fast.status, expected.status) << n;
+      ASSERT_EQ(value_bits(fast.context.data[0][0], 9 * 1024), value_bits(expected.context.data[0][0], 9 * 1024)) << n;
+      ASSERT_EQ(value_bits(fast.context.maxY, 3), value_bits(expected.context.maxY, 3)) << n;
+      for (int c = 0; c < 3; c++) {
+        ASSERT_EQ(value_bits(fast.out.lut[c].d, 1024), value_bits(expected.out.lut[c].d, 1024)) << n << ' ' << c;
+      }
     }
-  }
+  });
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bits.h"
-#include "lut3d-support.h"
+#include "lut3d.h"
 #include "plain/vexo-3dlut-plain.h"
 #include "plain/vexo-text-plain.h"
 #include "text.h"
