@@ -159,4 +159,108 @@ void resample(benchmark::State &state) {
 }
 BENCHMARK(resample)->Apply(resample_sizes);
 
+// ---- Packed words, COE images and listings of 33 points an axis at ten bits
+
+const size_t kEntries = 33 * 33 * 33;
+
+void packed_write_plain(benchmark::State &state) {
+  const plain::Entries entries = entries_of(look(33).get());
+  Sink sink;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(plain::write_words(sink, entries.data(), entries.size()));
+  }
+}
+BENCHMARK(packed_write_plain);
+
+void packed_write(benchmark::State &state) {
+  const Lut lut = look(33);
+  Sink sink;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(vexo_3dlut_dump_dat(lut.get(), sink, 10));
+  }
+}
+BENCHMARK(packed_write);
+
+void packed_load_plain(benchmark::State &state) {
+  const plain::Entries entries = entries_of(look(33).get());
+  Source source(text_of([&](FILE *f) { plain::write_words(f, entries.data(), entries.size()); }));
+  plain::Entries loaded(kEntries);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(plain::read_words(source.again(), loaded.data(), kEntries));
+  }
+}
+BENCHMARK(packed_load_plain);
+
+void packed_load(benchmark::State &state) {
+  const Lut lut = look(33);
+  Source source(text_of([&](FILE *f) { vexo_3dlut_dump_dat(lut.get(), f, 10); }));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_load_dat(source.again())));
+  }
+}
+BENCHMARK(packed_load);
+
+void coe_write_plain(benchmark::State &state) { // as many words as the file has
+  const plain::Entries entries = entries_of(look(33).get());
+  Sink sink;
+  for (auto _ : state) {
+    plain::print_coe_words(sink, entries.data(), 2 * 32 * 32 * 16);
+    plain::print_coe_words(sink, entries.data(), 2 * 32 * 32 * 16);
+    plain::print_coe_words(sink, entries.data(), 4 * 32 * 64);
+  }
+}
+BENCHMARK(coe_write_plain);
+
+void coe_write(benchmark::State &state) {
+  const Lut lut = look(33);
+  Sink sink;
+  for (auto _ : state) {
+    vexo_3dlut_dump_coe(lut.get(), sink, 10);
+  }
+}
+BENCHMARK(coe_write);
+
+void listing_plain(benchmark::State &state) {
+  const Lut lut = look(33);
+  Sink sink;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(plain::print_listing(sink, lut.get()));
+  }
+}
+BENCHMARK(listing_plain);
+
+void listing(benchmark::State &state) {
+  const Lut lut = look(33);
+  Sink sink;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(vexo_3dlut_dump_debug(lut.get(), sink, 10));
+  }
+}
+BENCHMARK(listing);
+
+std::string eecolor_text(vexo_3dlut *lut) {
+  return text_of([&](FILE *f) {
+    for (const vexo_vector &v : entries_of(lut)) {
+      fprintf(f, "%0.6f %0.6f %0.6f %0.6f %0.6f %0.6f\n", 0.25, 0.5, 0.75, static_cast<double>(v.d[0]),
+              static_cast<double>(v.d[1]), static_cast<double>(v.d[2]));
+    }
+  });
+}
+
+void eecolor_load_plain(benchmark::State &state) {
+  Source source(eecolor_text(look(33).get()));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(plain::read_entries(source.again(), kEntries, plain::scan_eecolor_entry));
+  }
+}
+BENCHMARK(eecolor_load_plain);
+
+void eecolor_load(benchmark::State &state) {
+  Source source(eecolor_text(look(33).get()));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_load_eecolor(source.again(), 33)));
+  }
+}
+BENCHMARK(eecolor_load);
+
 } // namespace

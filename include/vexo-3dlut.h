@@ -62,10 +62,10 @@ int vexo_3dlut_set_title(vexo_3dlut *lut, const char *title);
 
 /**
  * @return a copy of src resampled by trilinear interpolation to size grid points per axis (0: as many as src, an
- * exact copy), titled title (null: as src); null when it cannot be created, as by vexo_3dlut_create(). A size of 1
- * takes the first entry. Each axis is read at the single-precision position i / s with the scale
- * s = (size - 1) / (source size - 1); components are interpolated along red, then green, then blue, each step as
- * linear_inter() does, and an axis on the source's last index is not interpolated.
+ * exact copy), titled title (null: as src); null when it or the working memory (two planes of it) cannot be allocated.
+ * A size of 1 takes the first entry. Each axis is read at the single-precision position i / s with the scale s = (size
+ * - 1) / (source size - 1); components are interpolated along red, then green, then blue, each step as linear_inter()
+ * does, and an axis on the source's last index is not interpolated.
  */
 vexo_3dlut *vexo_3dlut_dup(vexo_3dlut *src, int size, const char *title);
 

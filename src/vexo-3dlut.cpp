@@ -207,9 +207,9 @@ template <typename T> Block<T> block_of(size_t count) {
 class Resampling {
 public:
   Resampling(vexo_3dlut *dst, const vexo_3dlut *src)
-      : dst_(dst), src_(src), row_(3 * static_cast<size_t>(dst->size)), plane_(row_ * static_cast<size_t>(dst->size)),
-        place_(block_of<Place>(static_cast<size_t>(dst->size))), red_fraction_(block_of<float>(row_)),
-        red_upper_(block_of<float>(row_)), rows_(block_of<float>(2 * row_)), planes_(block_of<float>(2 * plane_)) {}
+      : dst_(dst), src_(src), size_(static_cast<size_t>(dst->size)), row_(3 * size_), plane_(size_ * row_),
+        place_(block_of<Place>(size_)), red_fraction_(block_of<float>(row_)), red_upper_(block_of<float>(row_)),
+        rows_(block_of<float>(2 * row_)), planes_(block_of<float>(2 * plane_)) {}
 
   bool run() {
     if (place_ == nullptr || red_fraction_ == nullptr || red_upper_ == nullptr || rows_ == nullptr ||
@@ -219,8 +219,8 @@ public:
     find_places();
     Held held;
     float *out = dst_->d->d;
-    for (int bi = 0; bi < dst_->size; bi++, out += plane_) {
-      inbetween(place_[bi], plane_, out, [&](int b) { return plane(b, &held); });
+    for (size_t bi = 0; bi < size_; bi++) {
+      inbetween(place_[bi], plane_, out + bi * plane_, [&](int b) { return plane(b, &held); });
     }
     return true;
   }
@@ -233,8 +233,8 @@ private:
 
   void find_places() {
     const float scale = scale_of(dst_->size, src_->size);
-    for (int i = 0; i < dst_->size; i++) {
-      place_[i] = place_of(i, scale, src_->size - 1);
+    for (size_t i = 0; i < size_; i++) {
+      place_[i] = place_of(static_cast<int>(i), scale, src_->size - 1);
       if (!place_[i].on_last) { // from the first index on
         std::fill_n(&red_fraction_[3 * blended_], 3, place_[i].fraction);
         on_points_ = on_points_ && place_[i].fraction == 0.0F;
@@ -261,8 +261,8 @@ private:
     if (held->index[b % 2] != b) {
       held->index[b % 2] = b;
       Held rows;
-      for (int gi = 0; gi < dst_->size; gi++) {
-        inbetween(place_[gi], row_, out + static_cast<size_t>(gi) * row_, [&](int g) { return row(b, g, &rows); });
+      for (size_t gi = 0; gi < size_; gi++) {
+        inbetween(place_[gi], row_, out + gi * row_, [&](int g) { return row(b, g, &rows); });
       }
     }
     return out;
@@ -275,7 +275,7 @@ private:
       held->index[g % 2] = g;
       const auto size = static_cast<size_t>(src_->size);
       const vexo_vector *source = src_->d + (static_cast<size_t>(b) * size + static_cast<size_t>(g)) * size;
-      for (size_t ri = 0; ri < static_cast<size_t>(dst_->size); ri++) {
+      for (size_t ri = 0; ri < size_; ri++) {
         memcpy(out + 3 * ri, source + place_[ri].lower, sizeof *source);
       }
       for (size_t ri = 0; ri < blended_; ri++) {
@@ -292,7 +292,8 @@ private:
 
   vexo_3dlut *dst_;
   const vexo_3dlut *src_;
-  size_t row_; // the values of a target row and plane
+  size_t size_; // of the target
+  size_t row_;  // the values of a target row and plane
   size_t plane_;
   bool on_points_ = true; // all positions are source indexes
   size_t blended_ = 0;    // target indexes that are not on the last source index; they come first
@@ -540,9 +541,9 @@ namespace {
 
 // How a value becomes a code, and three codes a word.
 struct Coding {
-  float scale;   // the code of 1.0 before the limit
-  uint32_t most; // the largest code
-  int shift;     // bits from one component to the next
+  float scale; // the code of 1.0 before the limit
+  float most;  // the largest code
+  int shift;   // bits from one component to the next
 };
 
 uint32_t all_ones(int nbits) { return (uint32_t{1} << nbits) - 1; }
@@ -550,16 +551,12 @@ uint32_t all_ones(int nbits) { return (uint32_t{1} << nbits) - 1; }
 // Three components of nbits fit into 32 bits.
 bool packable(int nbits) { return nbits >= 1 && nbits <= 10; }
 
-// To nearest, halves away from zero, between 0 and most; a NaN is 0.
-uint32_t code_of(float value, const Coding &coding) {
-  const float most = static_cast<float>(coding.most);
-  const float positive = coding.scale * value > 0.0F ? coding.scale * value : 0.0F;
-  return nearest(positive < most ? positive : most);
-}
-
-VEXO_VECTORISED void find_codes(const float *value, size_t count, const Coding &coding, uint32_t *code) {
+// Codes of values: to nearest, halves away from zero, between 0 and most; a NaN is 0.
+VEXO_VECTORISED void find_codes(const float *value, size_t count, float scale, float most, int *code) {
   for (size_t i = 0; i < count; i++) {
-    code[i] = code_of(value[i], coding);
+    const float scaled = scale * value[i];
+    const float positive = scaled > 0.0F ? scaled : 0.0F;
+    code[i] = nearest(positive < most ? positive : most);
   }
 }
 
@@ -568,11 +565,14 @@ template <typename Word, typename Add>
 void make_words(const vexo_vector *rgb, size_t count, const Coding &coding, Add add) {
   const size_t block = 64;
   for (size_t done = 0; done < count; done += block) {
-    uint32_t code[3 * block];
+    int code[3 * block];
     const size_t entries = std::min(count - done, block);
-    find_codes(rgb[done].d, 3 * entries, coding, code);
-    for (const uint32_t *c = code; c != code + 3 * entries; c += 3) {
-      add(Word{c[2]} << 2 * coding.shift | Word{c[1]} << coding.shift | Word{c[0]});
+    find_codes(rgb[done].d, 3 * entries, coding.scale, coding.most, code);
+    const auto field = [&code, &coding](size_t i, int c) {
+      return static_cast<Word>(code[3 * i + static_cast<size_t>(c)]) << c * coding.shift;
+    };
+    for (size_t i = 0; i < entries; i++) {
+      add(field(i, 2) | field(i, 1) | field(i, 0));
     }
   }
 }
@@ -717,11 +717,10 @@ private:
 int items(size_t count) { return static_cast<int>(std::min<size_t>(count, INT_MAX)); }
 
 template <typename Word> int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int shift) {
-  const uint32_t full = all_ones(nbits);
+  const auto full = static_cast<float>(all_ones(nbits));
   const size_t header = write_header(lut, f, version, nbits, lut->size);
   WordWriter<Word> words(f);
-  make_words<Word>(lut->d, entry_count(lut), Coding{static_cast<float>(full), full, shift},
-                   [&words](Word word) { words.add(word); });
+  make_words<Word>(lut->d, entry_count(lut), Coding{full, full, shift}, [&words](Word word) { words.add(word); });
   return items(header + words.finish());
 }
 
@@ -811,7 +810,7 @@ int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   const int full = 1 << nbits;
   const int most = full - (1 << (nbits - floor_log2(points)));
   fprintf(stderr, "mask = %d, max = %d\n", full, most);
-  const Coding coding = {static_cast<float>(full), static_cast<uint32_t>(most), nbits};
+  const Coding coding = {static_cast<float>(full), static_cast<float>(most), nbits};
   const size_t header = write_header(lut, f, kLatticeVersion, nbits, points);
   WordWriter<uint32_t> words(f);
   for (int bi = 0; bi < points; bi++) {
@@ -828,7 +827,7 @@ int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
 namespace {
 
 // A COE word always leaves ten bits to a component.
-Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), all_ones(nbits), 10}; }
+Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), static_cast<float>(all_ones(nbits)), 10}; }
 
 // "%08x,\n" for each word.
 void print_coe_words(const vexo_vector *rgb, size_t count, const Coding &coding, LineWriter *lines) {
@@ -879,7 +878,10 @@ int listed_code(float value, int nbits) {
   if (!(code > 0.0F)) {
     return 0;
   }
-  return static_cast<int>(code < 4294967296.0F ? nearest(code) : UINT32_MAX);
+  if (code < 2147483648.0F) {
+    return nearest(code);
+  }
+  return static_cast<int>(code < 4294967296.0F ? static_cast<uint32_t>(code) : UINT32_MAX);
 }
 
 // "%5d,%5d,%5d\t" with the codes of an entry.

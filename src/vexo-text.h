@@ -224,9 +224,9 @@ const char *read_line(const char *text, const char *limit, Number (&values)[kCou
 
 // ---- Writing
 
-// To nearest, halves away from zero, for 0 <= x < 2^32. The integer part is a float, and so is what lies beyond it.
-inline uint32_t nearest(float x) {
-  const auto whole = static_cast<uint32_t>(x);
+// To nearest, halves away from zero, for 0 <= x < 2^31. The integer part is a float, and so is what lies beyond it.
+inline int nearest(float x) {
+  const auto whole = static_cast<int>(x);
   return whole + (x - static_cast<float>(whole) >= 0.5F ? 1 : 0);
 }
 

@@ -36,7 +36,7 @@ plain::Entries entries_of(vexo_3dlut *lut) {
 }
 
 std::vector<uint32_t> bits_of_entries(const plain::Entries &entries) {
-  return bits_of_numbers(entries.data()->d, 3 * entries.size());
+  return entries.empty() ? std::vector<uint32_t>() : bits_of_numbers(entries.data()->d, 3 * entries.size());
 }
 
 // ---- Resampling
@@ -227,7 +227,7 @@ TEST(NumberText, NothingIsTakenAfterTheLastEntry) {
     for (int i = 0; i < 125; i++) {
       text += entry;
     }
-    text += "next";
+    text += "next, and more of it";
     ASSERT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
     FILE *f = fdopen(ends[0], "r");
     EXPECT_NE(Lut(vexo_3dlut_load_cube(f)), nullptr);

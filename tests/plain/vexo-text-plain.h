@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -54,7 +55,7 @@ inline Entries read_entries(std::FILE *f, size_t count, Scan scan) {
 }
 
 // The same from a text in memory, which is cut at its line feeds. No line begins at or after text + len.
-inline Entries read_entries(char *text, ptrdiff_t len, size_t count) {
+inline Entries read_entries(char *text, std::ptrdiff_t len, size_t count) {
   Entries entries;
   entries.reserve(count);
   vexo_vector v;
