@@ -416,6 +416,7 @@ TEST(Lut3dText, CubeHeaders) {
   } cases[] = {{rest, "cube", "cube"},
                {"TITLE \"Film Look\"\n" + rest, "Film Look", "Film Look"},
                {"TITLE \"a\"\nTITLE\"b\"c\"\n" + rest, "b", "b"},
+               {"TITLE \"LUT_3D_SIZE 3\"\n" + rest, "LUT_3D_SIZE 3", "LUT_3D_SIZE 3"},
                {"  SUBTITLE \t\"open\r\n" + rest, "open\r", "open\r"},
                {"TITLE none\nTITLE x \"y\"\n" + rest, "cube", "cube"},
                {"# TITLE \"a\"\n" + rest, "cube", "a"},

@@ -210,8 +210,8 @@ TEST(Calibration, LutsRiseFromZeroToTheGainsAndRepeat) {
   }
 }
 
-// The bits of LUTs and contexts, fixed when an evaluation of tracking, balance and regeneration step by step agreed
-// with the library on this panel.
+// The bits of LUTs and contexts as FNV-1a over words: the library's own, so that any change of a step shows. What they
+// mean is judged by the other tests.
 TEST(Calibration, EveryBitOfTheRecipes) {
   vexo_lcnr lcnr = {};
   ASSERT_EQ(vexo_load_lcnr_xml(&lcnr, VEXO_EXAMPLES "/sample-panel.xml"), 0);
