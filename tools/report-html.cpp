@@ -29,7 +29,7 @@ figure > svg { width: 100%; height: auto; display: block; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; font-size: .8125rem; }
 th, td { padding: .15rem .5rem; text-align: right; border-bottom: 1px solid var(--line); white-space: nowrap; }
-th:first-child, td:first-child { text-align: left; }
+th:first-child, td:first-child { text-align: left; } th { white-space: normal; overflow-wrap: normal; }
 dl { display: grid; grid-template-columns: minmax(8rem, max-content) minmax(0, 1fr); gap: .1rem 1rem; margin: 0; }
 dt { color: var(--soft); } dd { margin: 0; }
 .pass { color: var(--target); } .fail { color: var(--red); font-weight: bold; }
@@ -350,17 +350,18 @@ std::string step_table(const Report &report) {
   const vexo_vector &white = report.source.target.white.xyz;
   std::string out =
       "<div class=\"scroll\"><table><thead><tr><th rowspan=\"2\" scope=\"col\">Input</th>"
-      "<th colspan=\"3\">target</th><th colspan=\"5\">before</th><th colspan=\"5\">after (predicted)</th></tr>"
-      "<tr><th>Y</th><th>x</th><th>y</th>";
+      "<th colspan=\"4\">target</th><th colspan=\"5\">before</th><th colspan=\"5\">after (predicted)</th></tr>"
+      "<tr><th>Y</th><th>x</th><th>y</th><th>CCT</th>";
   for (int i = 0; i < 2; i++) {
     out += "<th>Y</th><th>x</th><th>y</th><th>CCT</th><th>ΔE</th>";
   }
   out += "</tr></thead><tbody>\n";
   for (size_t i = 0; i < report.after.size(); i += 5) {
-    out += format("<tr><th scope=\"row\">%zu %%%s</th><td>%s</td><td>%.4f</td><td>%.4f</td>", i,
+    out += format("<tr><th scope=\"row\">%zu %%%s</th><td>%s</td><td>%.4f</td><td>%.4f</td><td>%s</td>", i,
                   report.after[i].input > 0.0 && report.after[i].input < report.dark_level ? "*" : "",
                   number(static_cast<double>(report.target[i].XYZ.d[1]), 3).c_str(), static_cast<double>(white.d[0]),
-                  static_cast<double>(white.d[1]));
+                  static_cast<double>(white.d[1]),
+                  report.target_cct > 0 ? std::to_string(report.target_cct).c_str() : "–");
     out += step_cells(report.before[i]) + step_cells(report.after[i]) + "</tr>\n";
   }
   return out +

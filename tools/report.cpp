@@ -350,14 +350,15 @@ void write_json(const Report &report, std::FILE *f) {
 }
 
 void write_csv(const Report &report, std::FILE *f) {
-  std::fputs("input_percent,target_Y,target_x,target_y,before_Y,before_x,before_y,before_CCT,before_dE2000,"
+  std::fputs("input_percent,target_Y,target_x,target_y,target_CCT,before_Y,before_x,before_y,before_CCT,before_dE2000,"
              "after_Y,after_x,after_y,after_CCT,after_dE2000\n",
              f);
   for (size_t i = 0; i < report.after.size(); i += 5) {
     const GrayFigure &t = report.target[i];
-    std::fprintf(f, "%g,%.6g,%.6f,%.6f", t.input * 100.0, static_cast<double>(t.XYZ.d[1]),
+    std::fprintf(f, "%g,%.6g,%.6f,%.6f,%s", t.input * 100.0, static_cast<double>(t.XYZ.d[1]),
                  static_cast<double>(report.source.target.white.xyz.d[0]),
-                 static_cast<double>(report.source.target.white.xyz.d[1]));
+                 static_cast<double>(report.source.target.white.xyz.d[1]),
+                 report.target_cct > 0 ? std::to_string(report.target_cct).c_str() : "");
     for (const GrayFigure *g : {&report.before[i], &report.after[i]}) {
       std::fprintf(f, ",%.6g,%.6f,%.6f,%s,%s", static_cast<double>(g->xyY.d[2]), static_cast<double>(g->xyY.d[0]),
                    static_cast<double>(g->xyY.d[1]), g->cct > 0 ? std::to_string(g->cct).c_str() : "",
