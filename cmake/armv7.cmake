@@ -16,3 +16,4 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf
     -E LD_LIBRARY_PATH=${VEXO_SYSROOT}/lib/arm-linux-gnueabihf)
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link,${VEXO_SYSROOT}/lib/arm-linux-gnueabihf") # what libvexo.so needs
