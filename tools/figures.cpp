@@ -13,10 +13,6 @@ namespace {
 
 const double kNone = std::numeric_limits<double>::quiet_NaN();
 
-double effective_gamma(double relative, double input) {
-  return relative > 0.0 && input > 0.0 && input < 1.0 ? std::log(relative) / std::log(input) : kNone;
-}
-
 vexo_vector scaled_to(vexo_vector XYZ, float Y) {
   vexo_vector_scale(&XYZ, Y / XYZ.d[1]);
   return XYZ;
@@ -61,8 +57,6 @@ vexo_vector GrayTarget::XYZ(double input) const {
 }
 
 float GrayTarget::light(double input) const { return target_light(target_, static_cast<float>(input)); }
-
-double GrayTarget::gamma(double input) const { return effective_gamma(static_cast<double>(light(input)), input); }
 
 int GrayTarget::cct() const {
   vexo_vector white = white_;

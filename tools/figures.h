@@ -29,7 +29,6 @@ public:
 
   vexo_vector XYZ(double input) const;
   float light(double input) const; // relative, 0..1
-  double gamma(double input) const;
   int cct() const;
   float peak() const { return white_.d[1]; }
 

@@ -101,6 +101,11 @@ std::vector<GrayStep> gray_ramp(vexo *bare, vexo_lut *luts, const Target &target
   return ramp;
 }
 
+double effective_gamma(double relative, double input) {
+  const bool defined = relative > 0.0 && input > 0.0 && input < 1.0;
+  return defined ? std::log(relative) / std::log(input) : std::nan("");
+}
+
 Spread spread(const std::vector<GrayStep> &ramp, float GrayStep::*error, float from, float to) {
   Spread result = {0.0, 0.0};
   int count = 0;

@@ -37,6 +37,9 @@ struct GrayStep {
 // own peak.
 std::vector<GrayStep> gray_ramp(vexo *bare, vexo_lut *luts, const Target &target, int count, float reference);
 
+// The exponent that takes an input to its light relative to white; NaN where there is none, as at both ends.
+double effective_gamma(double relative, double input);
+
 struct Spread {
   double mean;
   double worst;

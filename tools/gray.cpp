@@ -21,12 +21,6 @@ struct Options {
   bool raw = false;
 };
 
-// The exponent that takes an input to its relative luminance; 0 at the ends of the ramp, where none is defined.
-double effective_gamma(double luminance, double white, double input) {
-  const double relative = luminance / white;
-  return input > 0.0 && input < 1.0 && relative > 0.0 ? std::log(relative) / std::log(input) : 0.0;
-}
-
 void print_dumps(vexo *panel, vexo_lut *luts) {
   vexo_dump_gray(stdout, panel);
   vexo_lut_dump_gray(stdout, panel, luts);
@@ -35,18 +29,18 @@ void print_dumps(vexo *panel, vexo_lut *luts) {
 
 void print_table(vexo *panel, LutSet &luts, int steps) {
   const float last = static_cast<float>(luts.size() - 1);
-  vexo_vector white;
+  vexo_vector white = {};
   vexo_lut_get_xyY(&white, panel, luts.get(), last, last, last);
   std::printf("   input          x          y    luminance      CCT    gamma\n");
   for (int i = 0; i < steps; i++) {
     const float input = static_cast<float>(i) / static_cast<float>(steps - 1);
     const float position = input * last;
-    vexo_vector gray;
+    vexo_vector gray = {}; // black where the mixture fails
     vexo_lut_get_xyY(&gray, panel, luts.get(), position, position, position);
     vexo_vector XYZ = gray;
     const int cct = vexo_xyY_XYZ(&XYZ) == 0 ? vexo_XYZ_CCT(&XYZ) : -1;
     const double gamma =
-        effective_gamma(static_cast<double>(gray.d[2]), static_cast<double>(white.d[2]), static_cast<double>(input));
+        effective_gamma(static_cast<double>(gray.d[2]) / static_cast<double>(white.d[2]), static_cast<double>(input));
     std::printf("%6.2f %%   %8.5f   %8.5f   %10.5g", static_cast<double>(input) * 100.0, static_cast<double>(gray.d[0]),
                 static_cast<double>(gray.d[1]), static_cast<double>(gray.d[2]));
     cct > 0 ? std::printf("   %6d", cct) : std::printf("        -");
