@@ -72,20 +72,20 @@ TEST_F(Lut3dTool, ConvertsBetweenAllFormats) {
                  {"debug", "o", "--to debug"},
                  {"debug-gray", "o", "--to debug-gray"}};
   ASSERT_EQ(run("lut3d convert in.cube in.cfe").code, 0);
-  ASSERT_EQ(run("lut3d convert in.cube in.dat").code, 0);
+  ASSERT_EQ(run("lut3d convert in.cube in.DAT").code, 0);
   save(path("in.txt"), "Input RGB; output RGB\n" + entries("0 0 0 "));
   for (const auto &output : outputs) {
     const std::string name = path(output.name);
     ASSERT_EQ(run(std::string("lut3d convert in.cube ") + output.name + " " + output.options).code, 0) << output.format;
     const std::string expected = contents(name);
-    for (const char *input : {"in.cfe", "in.dat", "in.txt"}) {
+    for (const char *input : {"in.cfe", "in.DAT", "in.txt"}) {
       save(name, "old");
       const Result r = run(std::string("lut3d convert ") + input + " " + output.name + " " + output.options);
       EXPECT_EQ(r.code, 0) << input << " to " << output.format << r.err;
       EXPECT_TRUE(contents(name) == expected) << input << " to " << output.format;
     }
     const Result piped = run(std::string("lut3d convert - - --from dat --to ") + output.format + " " +
-                             (has(output.options, "--size") ? "--size 33" : "") + " --title film <in.dat");
+                             (has(output.options, "--size") ? "--size 33" : "") + " --title film <in.DAT");
     EXPECT_EQ(piped.code, 0) << output.format << piped.err;
     EXPECT_TRUE(piped.out == expected) << output.format;
   }

@@ -183,7 +183,7 @@ TEST_F(Tool, JudgesAdditivity) {
     }
     lcnr = p;
   });
-  std::string gray = "level,X,Y,Z\n0,0.25,0.25,0.25\n";
+  std::string gray = "level,X,Y,Z\n# through the LUTs\n0,0.25,0.25,0.25\n";
   for (int i = 1; i < lcnr.num; i++) {
     gray += std::to_string(lcnr.sample[i]);
     const double loss = i == 4 ? 0.9 : 1.0; // a tenth of the light is missing in one row, without a change of colour

@@ -201,7 +201,7 @@ TEST_F(Report, AMeasuredRampIsTheVerdict) {
     const char *message;
   } bad[] = {{"x.csv", "0,1,1,1\n", "--verify x.csv", "two rows or more"},
              {"x.csv", "0,1,1,1\n5,2,2,2\n5,3,3,3\n", "--verify x.csv", "do not rise after 5"},
-             {"x.csv", "0,1,1,1\n5,2,2\n", "--verify x.csv", "x.csv:2: expected level,X,Y,Z"},
+             {"x.csv", "0,1,1,1\n5,2,2\n", "--verify x.csv", "x.csv:2: 3 columns, expected 4 (level,X,Y,Z)"},
              {"x.json", "[1]", "--limits x.json", "expected a JSON object"},
              {"x.json", R"({"dE": 1})", "--limits x.json", "no figure 'dE', expected one of de2000_mean"},
              {"x.json", R"({"luminance": {"most": 1}})", "--limits x.json", "'most' is neither min nor max"},

@@ -21,7 +21,8 @@ std::vector<CsvLine> csv_lines(const std::string &text) {
   int number = 0;
   for (const std::string &line : split(text.rfind(byte_order_mark, 0) == 0 ? text.substr(3) : text, '\n')) {
     number++;
-    if (trimmed(line).empty()) {
+    const std::string content = trimmed(line);
+    if (content.empty() || content.front() == '#') {
       continue;
     }
     lines.push_back({number, split(line, ',')});
@@ -48,4 +49,17 @@ float csv_number(const std::string &path, const CsvLine &line, size_t column) {
 
 std::string csv_place(const std::string &path, const CsvLine &line) {
   return input_name(path) + ":" + std::to_string(line.number);
+}
+
+std::vector<GrayReading> read_gray(const std::string &path) {
+  std::vector<GrayReading> readings;
+  for (const CsvLine &line : csv_lines(read_text(path, "a gray ramp"))) {
+    if (line.fields.size() != 4) {
+      throw Failure(kInputError,
+                    csv_place(path, line) + format(": %zu columns, expected 4 (level,X,Y,Z)", line.fields.size()));
+    }
+    readings.push_back({csv_number(path, line, 0),
+                        {{csv_number(path, line, 1), csv_number(path, line, 2), csv_number(path, line, 3)}}});
+  }
+  return readings;
 }

@@ -339,10 +339,7 @@ Import import_cgats(const std::string &path, const std::string &text) {
 }
 
 bool is_cgats(const std::string &path, const std::string &text) {
-  const std::string extension = ".ti3";
-  return (path.size() > extension.size() &&
-          path.compare(path.size() - extension.size(), extension.size(), extension) == 0) ||
-         text.find("BEGIN_DATA") != std::string::npos;
+  return has_extension(path, ".ti3") || text.find("BEGIN_DATA") != std::string::npos;
 }
 
 } // namespace

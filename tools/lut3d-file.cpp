@@ -45,10 +45,6 @@ const Format kFormats[] = {
     {"debug-gray", "", 1, 30, 10, 1, 0, 0, write_debug_gray},
 };
 
-bool ends_with(const std::string &text, const std::string &end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 std::vector<std::string> format_names() {
   std::vector<std::string> names;
   for (const Format &format : kFormats) {
@@ -60,7 +56,7 @@ std::vector<std::string> format_names() {
 const Format &find_format(const std::string &option, const std::string &name, const std::string &path) {
   const std::string known = name.empty() ? "" : parse_name(option, name, format_names());
   for (const Format &format : kFormats) {
-    if (name.empty() ? *format.extension != '\0' && ends_with(path, format.extension) : known == format.name) {
+    if (name.empty() ? *format.extension != '\0' && has_extension(path, format.extension) : known == format.name) {
       return format;
     }
   }

@@ -202,24 +202,6 @@ vexo_vector black_of(const vexo_lcnr &lcnr) {
   return black;
 }
 
-struct GrayReading {
-  float level;
-  vexo_vector XYZ;
-};
-
-std::vector<GrayReading> read_gray(const std::string &path) {
-  std::vector<GrayReading> readings;
-  for (const CsvLine &line : csv_lines(read_text(path, "a CSV file"))) {
-    if (line.fields.size() != 4) {
-      throw Failure(kInputError,
-                    csv_place(path, line) + format(": %zu columns, expected 4 (level,X,Y,Z)", line.fields.size()));
-    }
-    readings.push_back({csv_number(path, line, 0),
-                        {{csv_number(path, line, 1), csv_number(path, line, 2), csv_number(path, line, 3)}}});
-  }
-  return readings;
-}
-
 // The measured gray against the sum of the channels, both above black, at the levels that both have.
 Additivity additivity(const vexo_lcnr &lcnr, const std::string &path) {
   const std::vector<GrayReading> grays = read_gray(path);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <ctime>
 
+#include "csv.h"
 #include "failure.h"
 #include "input-file.h"
 #include "json.h"
@@ -100,26 +101,9 @@ std::vector<GrayFigure> target_figures(const GrayTarget &target) {
   return result;
 }
 
-// A measured gray ramp: level, X, Y, Z. Black is the row of level 0, or else the panel's.
+// The figures of a measured gray ramp. Black is the row of level 0, or else the panel's.
 std::vector<GrayFigure> read_measured(const std::string &path, const GrayTarget &target, const vexo_lcnr &lcnr) {
-  const File f = open_input(path, "a gray ramp");
-  struct Row {
-    float level;
-    vexo_vector XYZ;
-  };
-  std::vector<Row> rows;
-  char line[1024];
-  for (int number = 1; std::fgets(line, sizeof line, f.get()) != nullptr; number++) {
-    Row r;
-    char rest = '\0';
-    const int count =
-        std::sscanf(line, " %f , %f , %f , %f %c", &r.level, &r.XYZ.d[0], &r.XYZ.d[1], &r.XYZ.d[2], &rest);
-    if (count == 4 && std::isfinite(r.level) && std::isfinite(vexo_vector_sum(&r.XYZ))) {
-      rows.push_back(r);
-    } else if (number > 1 && line[0] != '#' && line[0] != '\n') {
-      throw Failure(kInputError, format("%s:%d: expected level,X,Y,Z", input_name(path).c_str(), number));
-    }
-  }
+  std::vector<GrayReading> rows = read_gray(path);
   for (size_t i = 1; i < rows.size(); i++) {
     if (!(rows[i].level > rows[i - 1].level)) {
       throw Failure(kInputError, format("%s: the levels do not rise after %g", input_name(path).c_str(),
@@ -136,7 +120,7 @@ std::vector<GrayFigure> read_measured(const std::string &path, const GrayTarget 
   }
   std::vector<GrayFigure> result;
   const float white = rows.back().XYZ.d[1] - black.d[1];
-  for (Row &r : rows) {
+  for (GrayReading &r : rows) {
     vexo_vector_sub(&r.XYZ, &black);
     if (vexo_XYZ_xyY(&r.XYZ) != 0) {
       vexo_vector_init(&r.XYZ);

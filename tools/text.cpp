@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include <strings.h>
+
 std::string format(const char *pattern, ...) {
   va_list args;
   va_start(args, pattern);
@@ -21,4 +23,9 @@ std::string join(const std::vector<std::string> &words) {
     text += (text.empty() ? "" : " ") + word;
   }
   return text;
+}
+
+bool has_extension(const std::string &path, const std::string &extension) {
+  return path.size() > extension.size() &&
+         strcasecmp(path.c_str() + path.size() - extension.size(), extension.c_str()) == 0;
 }
