@@ -1,0 +1,27 @@
+// 1D LUT files as the tool reads them: its own look at the lines agrees with the library's reader.
+#include "../../tools/lut-set.h"
+#include "../bits.h"
+#include "tool.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  const char *const layouts[] = {"", "integer", "decimal", "column"};
+  const MemoryFile file(text_of(data, size));
+  for (const char *layout : layouts) {
+    accepted([&] {
+      const LutScan scan = scan_luts(file.path(), layout);
+      for (const LutIssue &issue : scan.issues) {
+        require(issue_text(scan, issue).rfind(file.path() + ":", 0) == 0, "an issue names the file");
+      }
+      LutSet luts = load_luts(scan);
+      require(luts.size() == scan.size && scan.entries.size() == static_cast<size_t>(scan.size), "as many entries");
+      const float max_code = static_cast<float>((1LL << scan.bits) - 1);
+      for (int i = 0; i < scan.size && scan.layout != "column"; i++) {
+        for (int c = 0; c < 3; c++) {
+          const float code = scan.entries[static_cast<size_t>(i)].value[c];
+          require(bits(luts.get()[c].d[i]) == bits(code / max_code), "the scan and the library read the same");
+        }
+      }
+    });
+  }
+  return 0;
+}

@@ -1,0 +1,79 @@
+// The words of the command line and the lines of CSV files: what is accepted means what it says.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "../../tools/csv.h"
+#include "../../tools/grammar.h"
+#include "../../tools/text.h"
+#include "../bits.h"
+#include "tool.h"
+
+namespace {
+
+void check_numbers(const std::string &text) {
+  if (const auto number = finite_number(text)) {
+    require(std::isfinite(*number), "numbers are finite");
+    require(bits(std::strtof(text.c_str(), nullptr)) == bits(*number), "the C library reads the same number");
+  }
+  vexo_vector v = {};
+  if (scan_triple(text, &v)) {
+    const std::string exact =
+        format("%.9g,%.9g,%.9g", static_cast<double>(v.d[0]), static_cast<double>(v.d[1]), static_cast<double>(v.d[2]));
+    const vexo_vector again = parse_triple("", exact);
+    require(bits_of(again) == bits_of(v), "nine digits tell every number");
+  }
+  accepted([&] {
+    require(parse_integer("", text, -1000, 1000) == std::strtol(text.c_str(), nullptr, 10), "a whole number");
+  });
+}
+
+void check_words(const std::string &text) {
+  accepted([&] {
+    const auto &xyz = parse_white("", text).xyz.d;
+    require(xyz[0] > 0.0F && xyz[1] > 0.0F && xyz[2] >= 0.0F, "a white has a chromaticity");
+  });
+  accepted([&] {
+    const Curve curve = parse_curve("", text);
+    require(curve.gamma.gamma > 0.0F && curve.gamma.transition < 1.0F && !describe(curve).empty(), "a curve");
+  });
+  accepted([&] { parse_space("", text); });
+  accepted([&] {
+    const Signal signal = parse_signal("", text);
+    require(signal.bits >= 8 && signal.bits <= 30, "a depth");
+    int order[3];
+    std::copy_n(signal.order, 3, order);
+    std::sort(order, order + 3);
+    require(order[0] == 0 && order[1] == 1 && order[2] == 2, "each component once");
+  });
+  const std::vector<std::string> words = split(text, ' ');
+  require(join(words).size() <= text.size(), "the words and the blanks between them");
+  const std::string meant = nearest(words.front(), words);
+  require(meant.empty() || std::find(words.begin(), words.end(), meant) != words.end(), "a hint is a word");
+}
+
+void check_lines(const std::string &text) {
+  int number = 0;
+  for (const CsvLine &line : csv_lines(text)) {
+    require(line.number > number && !line.fields.empty(), "lines in their order");
+    number = line.number;
+    for (size_t column = 0; column < line.fields.size(); column++) {
+      const std::string &field = line.fields[column];
+      require(field.find_first_of(",\n") == std::string::npos, "fields without separators");
+      const bool reads = accepted([&] { csv_number("", line, column); });
+      require(reads == finite_number(field).has_value(), "a field is a number or not");
+    }
+  }
+  require(number <= 1 + std::count(text.begin(), text.end(), '\n'), "no more lines than the text has");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  const std::string text = text_of(data, size);
+  check_numbers(text);
+  check_words(text);
+  check_lines(text);
+  return 0;
+}
