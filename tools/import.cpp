@@ -331,8 +331,8 @@ Import import_cgats(const std::string &path, const std::string &text) {
     ramps.note(
         format("values are relative to a white of Y = 100, as in the file; its X Y Z in cd/m2 is %s", luminance));
   }
-  const int sets = static_cast<int>(cmsIT8GetPropertyDbl(tables.get(), "NUMBER_OF_SETS"));
-  for (int set = 0; set < sets; set++) {
+  const double sets = cmsIT8GetPropertyDbl(tables.get(), "NUMBER_OF_SETS"); // any number; sets beyond the data refuse
+  for (int set = 0; static_cast<double>(set) < sets; set++) {
     add_set(name, tables.get(), columns, set, ramps);
   }
   return ramps.finish();

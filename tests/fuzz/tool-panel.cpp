@@ -1,6 +1,8 @@
-// Panel files and imported measurements: both give rows that rise from black and can be written and read again.
+// Files of measurements. Panels and imports give rows that rise from black; what is written reads back.
+#include "../../tools/csv.h"
 #include "../../tools/import.h"
 #include "../../tools/panel-file.h"
+#include "../../tools/text.h"
 #include "tool.h"
 
 namespace {
@@ -18,10 +20,25 @@ std::string panel_text(vexo_lcnr lcnr) {
   return file.contents();
 }
 
+std::string gray_text(const std::vector<GrayReading> &grays) {
+  std::string text;
+  for (const GrayReading &gray : grays) {
+    const auto &XYZ = gray.XYZ.d;
+    text += format("%.9g,%.9g,%.9g,%.9g\n", static_cast<double>(gray.level), static_cast<double>(XYZ[0]),
+                   static_cast<double>(XYZ[1]), static_cast<double>(XYZ[2]));
+  }
+  return text;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const MemoryFile file(text_of(data, size));
+  accepted([&] {
+    const std::string text = gray_text(read_gray(file.path()));
+    const MemoryFile copy(text);
+    require(gray_text(read_gray(copy.path())) == text, "a gray ramp reads back");
+  });
   accepted([&] {
     const Import import = import_measurements(file.path());
     check_rows(import.lcnr);
