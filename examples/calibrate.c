@@ -7,7 +7,6 @@
  * Exit codes: 0 done, 1 failed (with a line on standard error), 2 wrong usage.
  */
 #include <stdio.h>
-#include <stdlib.h>
 
 #include "vexo.h"
 
@@ -61,12 +60,11 @@ int main(int argc, char **argv) {
     fputs("usage: calibrate PANEL.xml LUTS.txt\n", stderr);
     return 2;
   }
-  vexo *panel = malloc(sizeof *panel); /* about 40 KB: too much for a small stack */
+  static vexo panel; /* about 40 KB: too much for a small stack */
   vexo_lut lut[3] = {{0, NULL}, {0, NULL}, {0, NULL}};
-  const int status = panel != NULL ? run(panel, lut, argv[1], argv[2]) : fail(argv[1], "out of memory");
+  const int status = run(&panel, lut, argv[1], argv[2]);
   for (int c = 0; c < 3; c++) {
     vexo_lut_destroy(&lut[c]);
   }
-  free(panel);
   return status;
 }

@@ -1,0 +1,16 @@
+# find_package(vexo)                    defines vexo::vexo, the shared library
+# find_package(vexo COMPONENTS static)  defines vexo::vexo-static too, and finds Expat, which its users must link
+include(${CMAKE_CURRENT_LIST_DIR}/vexo-shared-targets.cmake)
+set(vexo_shared_FOUND TRUE)
+if("static" IN_LIST vexo_FIND_COMPONENTS)
+  include(CMakeFindDependencyMacro)
+  find_dependency(EXPAT 2.5)
+  include(${CMAKE_CURRENT_LIST_DIR}/vexo-static-targets.cmake)
+  set(vexo_static_FOUND TRUE)
+endif()
+foreach(component IN LISTS vexo_FIND_COMPONENTS)
+  if(NOT vexo_${component}_FOUND AND vexo_FIND_REQUIRED_${component})
+    set(vexo_FOUND FALSE)
+    set(vexo_NOT_FOUND_MESSAGE "vexo has no component ${component}; there are shared and static")
+  endif()
+endforeach()
