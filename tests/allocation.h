@@ -1,21 +1,19 @@
-// Allocation failures on demand, for every allocation of the process. Sanitizers bring their own allocator, so there
-// it is impossible.
+// Allocation failures on demand, for every allocation of the process, and a count of the blocks that it holds.
+// Sanitizers bring their own allocator, so there neither is possible.
 #ifndef VEXO_TESTS_ALLOCATION_H
 #define VEXO_TESTS_ALLOCATION_H
 
-#ifdef __has_feature
-#if __has_feature(address_sanitizer)
-#define __SANITIZE_ADDRESS__ 1
-#endif
-#endif
-
-#ifdef __SANITIZE_ADDRESS__
-const bool kAllocationCanFail = false;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define VEXO_OWN_ALLOCATOR 1
+#elif defined(__has_feature)
+#define VEXO_OWN_ALLOCATOR (__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
 #else
-const bool kAllocationCanFail = true;
+#define VEXO_OWN_ALLOCATOR 0
 #endif
 
-// While it lives, the n-th allocation (1 the first) fails.
+const bool kAllocationCanFail = !VEXO_OWN_ALLOCATOR;
+
+// While it lives, the n-th allocation (1 the first) fails; none with n = 0.
 class FailingAllocation {
 public:
   explicit FailingAllocation(int n);
@@ -24,5 +22,8 @@ public:
   FailingAllocation &operator=(const FailingAllocation &) = delete;
   bool happened() const; // whether there was an n-th allocation
 };
+
+// Blocks allocated and not freed so far.
+long blocks_held();
 
 #endif

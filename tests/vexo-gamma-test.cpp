@@ -4,7 +4,6 @@
 
 #include <cmath>
 
-#include "allocation.h"
 #include "bits.h"
 #include "text.h"
 
@@ -364,34 +363,12 @@ TEST(LutText, OneColumnReaderUnderAnyLocale) {
   });
 }
 
-TEST(LutText, ReadersWithoutMemory) {
-  const std::string message = "vexo_lut_init: malloc failed.\n";
-  struct {
-    int (*load)(FILE *, vexo_lut *);
-    std::string text;
-    int failing, filled; // the allocation that fails, the tables allocated before
-  } rows[] = {{vexo_luts_load_int, "LUT_1D_SIZE -3\n1 2 3\n", 0, 0},
-              {vexo_luts_load_int, "LUT_1D_SIZE 2\n1 2 3\n4 5 6\n", 1, 0},
-              {vexo_luts_load_int, "LUT_1D_SIZE 2\n1 2 3\n4 5 6\n", 2, 1},
-              {vexo_luts_load_file, "LUT_1D_SIZE 1\n1 2 3\n4 5 6\n", 3, 2},
-              {vexo_lut_load_custom, "1\n2\n", 1, 0}};
-  for (const auto &row : rows) {
-    if (row.failing > 0 && !kAllocationCanFail) {
-      continue;
-    }
-    vexo_lut luts[3] = {};
-    FILE *f = stream_of(row.text);
-    EXPECT_EQ(diagnostics([&] {
-                const FailingAllocation failing(row.failing);
-                EXPECT_EQ(row.load(f, luts), -1);
-              }),
-              message);
-    for (int c = 0; c < 3; c++) {
-      EXPECT_EQ(luts[c].d != nullptr, c < row.filled) << row.text << c;
-      vexo_lut_destroy(&luts[c]);
-    }
-    std::fclose(f);
-  }
+TEST(LutText, SizesThatCannotBe) {
+  vexo_lut negative[3] = {};
+  FILE *n = stream_of("LUT_1D_SIZE -3\n1 2 3\n");
+  EXPECT_EQ(diagnostics([&] { EXPECT_EQ(vexo_luts_load_int(n, negative), -1); }), "vexo_lut_init: malloc failed.\n");
+  EXPECT_EQ(negative[0].d, nullptr);
+  std::fclose(n);
   vexo_lut luts[3] = {}; // with or without that much memory, two lines are too few
   FILE *f = stream_of("LUT_1D_SIZE 2147483647\n1 2 3\n4 5 6\n");
   diagnostics([&] { EXPECT_EQ(vexo_luts_load_int(f, luts), -1); });
@@ -451,14 +428,6 @@ TEST(GammaLut, ForwardInversion) {
     Lut lut = untouched(row.lut.size());
     EXPECT_EQ(vexo_gamma_lut_invert_2(&lut, &row.camera, &row.system, &panel), row.status);
     EXPECT_EQ(bits(lut.values), bits(row.lut)) << "row " << &row - rows;
-  }
-  Lut ramp = untouched(2048);
-  vexo_lut_by_linear_gamma(&ramp);
-  Lut lut = untouched(1024);
-  for (int n = 1; kAllocationCanFail && n <= 2; n++) { // two work arrays
-    const FailingAllocation failing(n);
-    EXPECT_EQ(vexo_gamma_lut_invert_2(&lut, &kLinear, &kLinear, &ramp), -1);
-    EXPECT_EQ(lut.d[0], -7.0F);
   }
 }
 

@@ -3,10 +3,8 @@
 #include <cmath>
 #include <fstream>
 #include <functional>
-#include <set>
 #include <sstream>
 
-#include "allocation.h"
 #include "bits.h"
 #include "text.h"
 #include "vexo.h"
@@ -97,31 +95,6 @@ TEST(Lcnr, RefusedFiles) {
   }
   EXPECT_EQ(message("/nonexistent/ramp.xml"), "Failed to open /nonexistent/ramp.xml\n");
   EXPECT_EQ(message("/"), "Read error\n");
-}
-
-TEST(Lcnr, LoadWithoutMemory) {
-  if (!kAllocationCanFail) {
-    GTEST_SKIP() << "the sanitizer's allocator cannot be made to fail";
-  }
-  const std::string text = "<!DOCTYPE x [<!ENTITY e '" + std::string(2000, ' ') + "1'>]>\n<x><LEVEL>&e;</LEVEL></x>";
-  std::set<std::string> messages;
-  with_file(text, [&](const char *path) {
-    for (bool happened = true; happened;) {
-      static int n = 0;
-      vexo_lcnr lcnr = record_of({});
-      int status = 0;
-      const std::string message = diagnostics([&] {
-        const FailingAllocation failing(++n);
-        status = vexo_load_lcnr_xml(&lcnr, path);
-        happened = failing.happened();
-      });
-      EXPECT_EQ(status, message.empty() ? 0 : -1) << n << message;
-      EXPECT_TRUE(status != 0 || bits_of(lcnr) == bits_of(record_of({{1}}))) << n;
-      messages.insert(message.substr(0, message.find_first_of("/0123456789")));
-    }
-  });
-  EXPECT_EQ(messages, (std::set<std::string>{"", "Failed to open ", "Couldn't allocate memory for parser\n",
-                                             "out of memory\n", "Parse error at line "}));
 }
 
 TEST(Lcnr, StoreAndDumpUnderAnyLocale) {

@@ -233,8 +233,14 @@ void write_panel(const std::string &path, vexo_lcnr lcnr) {
   if (memory == nullptr || vexo_store_lcnr_xml(&lcnr, format("/proc/self/fd/%d", fd).c_str()) != 0) {
     throw Failure(kOutputError, path + ": cannot write: no memory file");
   }
+  std::string text;
   for (int c = std::getc(memory.get()); c != EOF; c = std::getc(memory.get())) {
-    std::putc(c, file.stream());
+    text.push_back(static_cast<char>(c));
   }
+  const std::string end = "</LCNR>";
+  if (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) {
+    throw Failure(kOutputError, path + ": write failed: no memory file of its size");
+  }
+  std::fwrite(text.data(), 1, text.size(), file.stream());
   file.commit();
 }
