@@ -17,12 +17,12 @@ extern "C" {
 
 /** A colour triple (XYZ, xyz, xyY, u'v'Y, RGB, YCbCr ...); its meaning is set by whoever filled it last. */
 typedef struct vexo_vector {
-  float d[3];
+  float d[3]; /**< the components */
 } vexo_vector;
 
 /** A 3x3 matrix, d[row][column], applied to column vectors: component i of M v is the sum of d[i][j] v[j]. */
 typedef struct vexo_matrix {
-  float d[3][3];
+  float d[3][3]; /**< the elements, row by row */
 } vexo_matrix;
 
 /** Sets all three components to 0. */
