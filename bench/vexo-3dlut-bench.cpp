@@ -5,9 +5,10 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
-#include "lut3d-support.h"
+#include "lut3d.h"
 #include "plain/vexo-3dlut-plain.h"
 #include "plain/vexo-text-plain.h"
 
@@ -52,19 +53,22 @@ private:
 
 class Source {
 public:
-  explicit Source(const std::string &text) : f_(fopen(folder_.file("table").c_str(), "w+")) {
+  explicit Source(const std::string &text) : f_(fdopen(mkstemp(path_), "w+")) {
     fwrite(text.data(), 1, text.size(), f_);
     fflush(f_);
   }
-  ~Source() { fclose(f_); }
+  ~Source() {
+    fclose(f_);
+    remove(path_);
+  }
   FILE *again() {
     rewind(f_);
     return f_;
   }
-  std::string path() const { return folder_.file("table"); }
+  const char *path() const { return path_; }
 
 private:
-  Folder folder_;
+  char path_[sizeof "/tmp/vexo-bench-XXXXXX"] = "/tmp/vexo-bench-XXXXXX";
   FILE *f_;
 };
 
@@ -114,7 +118,7 @@ BENCHMARK(cube_load_stream)->Arg(17)->Arg(33)->Arg(65);
 void cube_load_file(benchmark::State &state) {
   const Source source(cube_of(look(static_cast<int>(state.range(0))).get()));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(Lut(vexo_3dlut_cube_load_file(source.path().c_str())));
+    benchmark::DoNotOptimize(Lut(vexo_3dlut_cube_load_file(source.path())));
   }
 }
 BENCHMARK(cube_load_file)->Arg(17)->Arg(33)->Arg(65);

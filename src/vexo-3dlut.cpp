@@ -61,15 +61,15 @@ size_t entry_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / size
 
 bool on_axis(const vexo_3dlut *lut, int i) { return i >= 0 && i < lut->size; }
 
-// Fills the entries in order from next(entry, left), which is false when the source has no more; left counts the
-// entries still to come with this one. A table that stays incomplete is destroyed.
+// Fills the entries in order from next(entry), which is false when the source has no more. A table that stays
+// incomplete is destroyed.
 template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
   if (lut == nullptr) {
     return nullptr;
   }
   const size_t count = entry_count(lut.get());
   for (size_t i = 0; i < count; i++) {
-    if (!next(&lut->d[i], count - i)) {
+    if (!next(&lut->d[i])) {
       return nullptr;
     }
   }
@@ -335,7 +335,7 @@ class TextLines {
 public:
   explicit TextLines(char *text) : text_(text), rest_(text) {}
 
-  const char *next(size_t = 0) {
+  const char *next() {
     while (*rest_ == '\n') {
       *rest_++ = '\0';
     }
@@ -351,8 +351,8 @@ public:
   }
 
   // As of a stream. A line that is not known to lie within the text is left to next().
-  template <typename Number, size_t kCount> bool take(Number (&values)[kCount], size_t) {
-    const char *end = vexo_internal::read_line(rest_, limit_, values);
+  template <typename Number, size_t kCount> bool take(Number (&values)[kCount]) {
+    const char *end = reader_.read(rest_, limit_, values);
     if (end == nullptr) {
       return false;
     }
@@ -373,6 +373,7 @@ private:
   char *rest_;
   ptrdiff_t end_ = PTRDIFF_MAX;
   const char *limit_ = nullptr;
+  vexo_internal::LineReader reader_;
 };
 
 bool scan_numbers(const char *line, float (&v)[3]) { return sscanf(line, "%f %f %f", &v[0], &v[1], &v[2]) == 3; }
@@ -382,12 +383,11 @@ bool scan_numbers(const char *line, float (&v)[6]) {
 }
 
 // Reads the numbers of the next line that holds so many; other lines are skipped. False at the end.
-template <typename Lines, size_t kNumbers> bool next_numbers(Lines *lines, float (&numbers)[kNumbers], size_t left) {
-  const size_t wanted = 2 * kNumbers * left - 1; // a digit and a separator each, but for the end of the last line
-  if (lines->take(numbers, wanted)) {
+template <typename Lines, size_t kNumbers> bool next_numbers(Lines *lines, float (&numbers)[kNumbers]) {
+  if (lines->take(numbers)) {
     return true;
   }
-  for (const char *line = lines->next(wanted); line != nullptr; line = lines->next(wanted)) {
+  for (const char *line = lines->next(); line != nullptr; line = lines->next()) {
     if (vexo_internal::read_numbers(line, line + strlen(line) + 1, numbers) != nullptr || scan_numbers(line, numbers)) {
       return true;
     }
@@ -397,9 +397,9 @@ template <typename Lines, size_t kNumbers> bool next_numbers(Lines *lines, float
 
 // Fills the table from lines of so many numbers, the last three of which are the entry.
 template <size_t kNumbers, typename Lines> vexo_3dlut *filled_from(Lines *lines, OwnedLut lut) {
-  return filled(std::move(lut), [lines](vexo_vector *entry, size_t left) {
+  return filled(std::move(lut), [lines](vexo_vector *entry) {
     float numbers[kNumbers];
-    if (!next_numbers(lines, numbers, left)) {
+    if (!next_numbers(lines, numbers)) {
       return false;
     }
     memcpy(entry->d, numbers + kNumbers - 3, sizeof entry->d);

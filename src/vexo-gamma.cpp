@@ -154,12 +154,12 @@ template <typename Code> Line read_codes(const char *line, Code (&codes)[3]) {
                                                                                                : Line::other;
 }
 
-// The same for the next line of the stream. wanted is the number of lines to come.
-template <typename Code> Line next_codes(StreamLines *lines, size_t wanted, Code (&codes)[3]) {
-  if (lines->take(codes, wanted)) { // a line feed each
+// The same for the next line of the stream.
+template <typename Code> Line next_codes(StreamLines *lines, Code (&codes)[3]) {
+  if (lines->take(codes)) {
     return Line::codes;
   }
-  const char *line = lines->next(wanted);
+  const char *line = lines->next();
   return line != nullptr ? read_codes(line, codes) : Line::none;
 }
 
@@ -213,7 +213,7 @@ template <typename Code> int load_three_channels(FILE *f, vexo_lut *lut, const T
         lut[c].d[i] = static_cast<float>(codes[c]) / max_value;
       }
     }
-    found = next_codes(&lines, static_cast<size_t>(size - i), codes); // after the last entry, too
+    found = next_codes(&lines, codes); // after the last entry, too
   }
   return 0;
 }

@@ -8,6 +8,8 @@
 
 #include "vexo-locale.h"
 #include "vexo-rows.h"
+#include "vexo-stream.h"
+#include "vexo-text.h"
 #include "vexo.h"
 
 using vexo_internal::kRows;
@@ -61,10 +63,31 @@ Row row_fields(vexo_lcnr *lcnr, int i) {
   return row;
 }
 
-void scan_row(const char *text, vexo_lcnr *lcnr, int i) {
+// The usual form of a row: ten decimal numbers with commas between them. limit is behind the end mark.
+bool read_row(const char *text, const char *limit, float (&values)[10]) {
+  for (int n = 0; n < 10; n++) {
+    if (n > 0 && *text++ != ',') {
+      return false;
+    }
+    text = vexo_internal::read_number(text, limit, &values[n]);
+    if (text == nullptr) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void scan_row(const char *text, size_t length, vexo_lcnr *lcnr, int i) {
   const Row row = row_fields(lcnr, i);
   float *const(&f)[10] = row.field;
-  sscanf(text, " %f,%f,%f,%f,%f,%f,%f,%f,%f,%f", f[0], f[1], f[2], f[3], f[4], f[5], f[6], f[7], f[8], f[9]);
+  float values[10];
+  if (!read_row(text, text + length + 1, values)) {
+    sscanf(text, " %f,%f,%f,%f,%f,%f,%f,%f,%f,%f", f[0], f[1], f[2], f[3], f[4], f[5], f[6], f[7], f[8], f[9]);
+    return;
+  }
+  for (int n = 0; n < 10; n++) {
+    *f[n] = values[n];
+  }
 }
 
 // Formats row i; numbers is a printf format of ten doubles. Text beyond the buffer is cut.
@@ -95,36 +118,21 @@ void data_handler(void *data, const XML_Char *s, int len) {
   }
   memcpy(text, s, length);
   text[length] = '\0';
-  scan_row(text, lcnr, lcnr->num);
+  scan_row(text, length, lcnr, lcnr->num);
   lcnr->num++;
 }
 
-// Reads the next line, or the next piece of a line that does not fit. Unlike fgets it tells a NUL from the end.
-size_t read_piece(FILE *f, char (&piece)[kBuffer]) {
-  size_t length = 0;
-  while (length < sizeof piece - 1) {
-    const int c = getc_unlocked(f); // the stream is ours
-    if (c == EOF) {
-      break;
-    }
-    piece[length++] = static_cast<char>(c);
-    if (c == '\n') {
-      break;
-    }
-  }
-  return length;
-}
-
 int load(XML_Parser parser, FILE *f, const vexo_xml_data *state) {
-  char piece[kBuffer];
+  vexo_internal::StreamPieces<kBuffer> pieces(f); // the stream is ours
   for (;;) {
-    const size_t length = read_piece(f, piece);
-    if (ferror(f) != 0) {
+    size_t length = 0;
+    const char *piece = pieces.next(&length);
+    const bool done = pieces.met_end();
+    if (done && ferror(f) != 0) {
       fputs("Read error\n", stderr);
       return -1;
     }
-    const int done = feof(f) != 0 ? 1 : 0;
-    if (XML_Parse(parser, piece, static_cast<int>(length), done) != XML_STATUS_OK) {
+    if (XML_Parse(parser, piece, static_cast<int>(length), done ? 1 : 0) != XML_STATUS_OK) {
       fprintf(stderr, "Parse error at line %d:\n%s\n", static_cast<int>(XML_GetCurrentLineNumber(parser)),
               XML_ErrorString(XML_GetErrorCode(parser)));
       return -1;
@@ -133,7 +141,7 @@ int load(XML_Parser parser, FILE *f, const vexo_xml_data *state) {
       fputs("out of memory\n", stderr);
       return -1;
     }
-    if (done != 0) {
+    if (done) {
       return 0;
     }
   }

@@ -11,37 +11,30 @@
 
 namespace vexo_internal {
 
-// The lines of a stream as fgets gives them in kRoom characters: a line that does not fit comes in pieces. Nothing
-// after the last line that is wanted is taken from the stream, which may be a pipe. So blocks are read only as far as
-// the reader can tell that lines will be wanted.
-template <size_t kRoom> class StreamLines {
+// A stream, read in blocks, in pieces as fgets gives them in kRoom characters: a line, or as much of it as fits.
+template <size_t kRoom> class StreamPieces {
 public:
-  explicit StreamLines(FILE *f) : f_(f) {}
+  explicit StreamPieces(FILE *f) : f_(f) {}
 
-  // The next line; null at the end of the stream. wanted is a number of characters that the caller takes in any case
-  // if the stream has them, with this line and later ones.
-  const char *next(size_t wanted = 0) {
-    look_ahead(wanted);
-    const size_t held = std::min(static_cast<size_t>(end_ - rest_), kRoom - 1);
-    const void *feed = memchr(rest_, '\n', held);
-    const size_t length = feed != nullptr ? static_cast<size_t>(static_cast<const char *>(feed) + 1 - rest_) : held;
-    memcpy(line_, rest_, length);
-    line_[length] = '\0';
-    rest_ += length;
-    if (feed != nullptr || length == kRoom - 1) {
-      return line_;
-    }
-    if (!ended_ && fgets(line_ + length, static_cast<int>(kRoom - length), f_) != nullptr) {
-      return line_;
-    }
-    return length > 0 && feof(f_) != 0 ? line_ : nullptr; // as fgets, which drops what a failing stream began
+  // The next piece, without an end mark; it lies there until the next call. Its length is 0 at the end of the stream.
+  const char *next(size_t *length) {
+    read_ahead();
+    const char *piece = rest_;
+    const size_t most = std::min(held(), kRoom - 1);
+    const void *feed = memchr(piece, '\n', most);
+    met_end_ = feed == nullptr && most < kRoom - 1;
+    *length = feed != nullptr ? static_cast<size_t>(static_cast<const char *>(feed) + 1 - piece) : most;
+    rest_ += *length;
+    return piece;
   }
 
-  // Reads the numbers of a line of nothing else. False, with no line taken, when the next line has another form or is
-  // not at hand.
-  template <typename Number, size_t kCount> bool take(Number (&values)[kCount], size_t wanted) {
-    look_ahead(wanted);
-    const char *end = read_line(rest_, std::min<const char *>(end_, rest_ + (kRoom - 1)), values);
+  // Whether the last piece ended with the stream.
+  bool met_end() const { return met_end_; }
+
+  // Reads the numbers of a line of nothing else. False, with nothing taken, when the next piece is not such a line.
+  template <typename Number, size_t kCount> bool take(Number (&values)[kCount]) {
+    read_ahead();
+    const char *end = reader_.read(rest_, std::min<const char *>(end_, rest_ + (kRoom - 1)), values);
     if (end == nullptr) {
       return false;
     }
@@ -49,26 +42,70 @@ public:
     return true;
   }
 
-private:
-  static const size_t kShort = 128; // when so little is held, and what is worth a block
+  // Gives back what was read ahead, and the mark of a stream at its end if no piece has met it.
+  void give_back() {
+    if (rest_ != end_ || (ended_ && !met_end_)) {
+      fseeko(f_, rest_ - end_, SEEK_CUR);
+    }
+  }
 
-  void look_ahead(size_t wanted) {
-    const auto held = static_cast<size_t>(end_ - rest_);
-    if (held < kShort && wanted >= held + kShort && !ended_) {
-      memmove(block_, rest_, held);
-      const size_t size = std::min(wanted, sizeof block_) - held;
-      const size_t got = fread(block_ + held, 1, size, f_);
+private:
+  size_t held() const { return static_cast<size_t>(end_ - rest_); }
+
+  void read_ahead() {
+    if (held() < kRoom && !ended_) {
+      const size_t length = held();
+      memmove(block_, rest_, length);
       rest_ = block_;
-      end_ = block_ + held + got;
-      ended_ = got < size;
+      end_ = block_ + length + fread(block_ + length, 1, sizeof block_ - length, f_);
+      ended_ = end_ < block_ + sizeof block_;
     }
   }
 
   FILE *f_;
   bool ended_ = false; // the last block came short
-  char block_[4096];
+  bool met_end_ = false;
+  LineReader reader_;
   const char *rest_ = block_; // what is held of the stream
   const char *end_ = block_;
+  char block_[16384];
+};
+
+// The lines of a stream of the caller, who finds it behind the last one taken: what cannot be positioned, such as a
+// pipe, is read a line at a time.
+template <size_t kRoom> class StreamLines {
+public:
+  explicit StreamLines(FILE *f) : f_(f), ahead_(ftello(f) >= 0), pieces_(f) {}
+  ~StreamLines() {
+    if (ahead_) {
+      pieces_.give_back();
+    }
+  }
+  StreamLines(const StreamLines &) = delete;
+  StreamLines &operator=(const StreamLines &) = delete;
+
+  // The next line, or as much of it as fits; null at the end of the stream.
+  const char *next() {
+    if (!ahead_) {
+      return fgets(line_, kRoom, f_);
+    }
+    size_t length = 0;
+    const char *piece = pieces_.next(&length);
+    memcpy(line_, piece, length);
+    line_[length] = '\0';
+    return length == 0 || (pieces_.met_end() && ferror(f_) != 0) ? nullptr : line_; // as fgets on a failing stream
+  }
+
+  // Reads the numbers of a line of nothing else. False, with no line taken, when the next one has another form or is
+  // not at hand.
+  template <typename Number, size_t kCount> bool take(Number (&values)[kCount]) {
+    return ahead_ && pieces_.take(values);
+  }
+
+private:
+  FILE *f_;
+  bool ahead_;
+  StreamPieces<kRoom> pieces_;
   char line_[kRoom];
 };
 

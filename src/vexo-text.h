@@ -5,6 +5,7 @@
 #ifndef VEXO_TEXT_H
 #define VEXO_TEXT_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -77,30 +78,32 @@ inline const char *skip_blanks(const char *text, const char *limit) {
 }
 
 // Whether a number that ends here is one for scanf, too, without a look at what follows.
-inline bool ends_number(char c) { return c == ' ' || c == '\n' || c == '\0' || is_blank(c); }
-inline bool ends_number(const char *text, const char *limit) { return text < limit && ends_number(*text); }
+inline bool ends_number(const char *text, const char *limit) {
+  return text < limit && (*text == ' ' || *text == '\n' || *text == ',' || *text == '\0' || is_blank(*text));
+}
 
-const ptrdiff_t kMostDigits = 19; // of a number below 2^64
+const ptrdiff_t kMostDigits = 18; // of a number below 2^63
+const int kMostDown = 22;         // decimal exponents that keep a number of so many digits a float
+const int kMostUp = 18;
 
 // Appends a run of digits to the number, modulo 2^64.
 inline const char *read_digits(const char *text, const char *limit, uint64_t *number) {
-  while (text < limit && is_digit(*text)) {
-    *number = *number * 10 + static_cast<uint64_t>(*text++ - '0');
-  }
-  return text;
-}
-
-// The same for runs that are usually long.
-inline const char *read_long_digits(const char *text, const char *limit, uint64_t *number) {
+  static const uint32_t kPowers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000};
   while (limit - text >= 8) {
     const uint64_t digits = load_eight(text) ^ kEightZeros;
-    if (beyond_digits(digits) != 0) {
-      break;
+    const uint64_t marks = beyond_digits(digits);
+    if (marks != 0) {
+      const int count = first_byte(marks);
+      *number = *number * kPowers[count] + number_of(digits << 8 * (7 - count) << 8); // behind zeros
+      return text + count;
     }
     *number = *number * 100000000 + number_of(digits);
     text += 8;
   }
-  return read_digits(text, limit, number);
+  while (text < limit && is_digit(*text)) {
+    *number = *number * 10 + static_cast<uint64_t>(*text++ - '0');
+  }
+  return text;
 }
 
 // The low 32 bits of a number as "%llu" takes it.
@@ -114,29 +117,21 @@ inline const char *read_number(const char *text, const char *limit, uint32_t *va
   return end;
 }
 
-// Rounds to single precision what is within two units in the last place of an exact value not below FLT_MIN. False
-// where a midpoint between two floats may lie between the two: anywhere else both round to the same float.
-inline bool round_to_float(double near, float *value) {
+// number * 10^exponent as a float, for a number below 2^63. Its conversion, the power and the product err by half a
+// unit in the last place each, so that near is within four units of the exact value. False where a midpoint between two
+// floats may lie between the two: anywhere else both round to the same float. So no value may be below FLT_MIN, but 0.
+inline bool scaled(uint64_t number, int exponent, bool negative, float *value) {
+  static const double kPowers[] = {1e-22, 1e-21, 1e-20, 1e-19, 1e-18, 1e-17, 1e-16, 1e-15, 1e-14, 1e-13, 1e-12,
+                                   1e-11, 1e-10, 1e-9,  1e-8,  1e-7,  1e-6,  1e-5,  1e-4,  1e-3,  1e-2,  1e-1,
+                                   1e0,   1e1,   1e2,   1e3,   1e4,   1e5,   1e6,   1e7,   1e8,   1e9,   1e10,
+                                   1e11,  1e12,  1e13,  1e14,  1e15,  1e16,  1e17,  1e18};
+  const double near = static_cast<double>(static_cast<int64_t>(number)) * kPowers[exponent + kMostDown];
   uint64_t bits;
   memcpy(&bits, &near, sizeof bits);
   const uint64_t beyond_float = bits & 0x1FFFFFFF; // the 29 bits that a float has not got
   const uint64_t midpoint = 0x10000000;
-  *value = static_cast<float>(near);
-  return beyond_float - (midpoint - 2) > 4;
-}
-
-// number * 10^exponent as a float. The conversion of the number and the division (or product) by a power of ten that
-// is a double itself err by half a unit each. Other exponents are refused: within these, no value but 0 is below
-// FLT_MIN or beyond FLT_MAX.
-inline bool scaled(uint64_t number, ptrdiff_t exponent, bool negative, float *value) {
-  static const double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  if (exponent < -22 || exponent > 18) {
-    return false;
-  }
-  const auto digits = static_cast<double>(number);
-  const double near = exponent < 0 ? digits / kPowers[-exponent] : digits * kPowers[exponent];
-  return round_to_float(negative ? -near : near, value);
+  *value = static_cast<float>(negative ? -near : near);
+  return beyond_float - (midpoint - 4) > 8;
 }
 
 // A decimal number as "%f" takes it: sign, digits with a point among them, and a power of ten of one or two digits.
@@ -151,7 +146,7 @@ inline const char *read_number(const char *text, const char *limit, float *value
   ptrdiff_t exponent = 0;
   if (end < limit && *end == '.') {
     const char *decimals = end + 1;
-    end = read_long_digits(decimals, limit, &number);
+    end = read_digits(decimals, limit, &number);
     exponent = decimals - end;
     count -= exponent;
   }
@@ -171,56 +166,94 @@ inline const char *read_number(const char *text, const char *limit, float *value
     }
     exponent += down ? -static_cast<ptrdiff_t>(power) : static_cast<ptrdiff_t>(power);
   }
-  return ends_number(end, limit) && scaled(number, exponent, negative, value) ? end : nullptr;
-}
-
-// The same for the commonest form only: a digit, a point and up to eight decimals. As if zeros made them eight.
-inline const char *read_short_number(const char *text, const char *limit, float *value) {
-  if (limit - text < 11 || !is_digit(text[0]) || text[1] != '.') {
+  if (exponent < -kMostDown || exponent > kMostUp || !ends_number(end, limit)) {
     return nullptr;
   }
-  const uint64_t bytes = load_eight(text + 2) ^ kEightZeros;
-  const uint64_t marks = beyond_digits(bytes);
-  const char *end = text + 2 + (marks == 0 ? 8 : first_byte(marks));
-  if (!ends_number(*end)) {
-    return nullptr;
-  }
-  const uint64_t decimals = bytes & (((marks & (~marks + 1)) >> 7) - 1);
-  const uint64_t number = static_cast<uint64_t>(text[0] - '0') * 100000000 + number_of(decimals);
-  return round_to_float(static_cast<double>(static_cast<int64_t>(number)) / 1e8, value) ? end : nullptr;
+  return scaled(number, static_cast<int>(exponent), negative, value) ? end : nullptr;
 }
-
-inline const char *read_short_number(const char *, const char *, uint32_t *) { return nullptr; }
 
 // Numbers with white space before each.
 template <typename Number, size_t kCount>
 const char *read_numbers(const char *text, const char *limit, Number (&values)[kCount]) {
   for (Number &value : values) {
-    if (text < limit && *text == ' ') {
-      text++;
-    }
-    const char *end = read_short_number(text, limit, &value);
-    if (end == nullptr) {
-      end = read_number(skip_blanks(text, limit), limit, &value);
-    }
-    if (end == nullptr) {
+    text = read_number(skip_blanks(text, limit), limit, &value);
+    if (text == nullptr) {
       return nullptr;
     }
-    text = end;
   }
   return text;
 }
 
-// A whole line of numbers: what follows it.
-template <typename Number, size_t kCount>
-const char *read_line(const char *text, const char *limit, Number (&values)[kCount]) {
-  const char *end = read_numbers(text, limit, values);
-  if (end == nullptr) {
-    return nullptr;
+// Whole lines of numbers.
+class LineReader {
+public:
+  // Gives what follows the line.
+  template <typename Number, size_t kCount>
+  const char *read(const char *text, const char *limit, Number (&values)[kCount]) {
+    const char *end = read_alike(text, limit, values);
+    if (end != nullptr) {
+      return end;
+    }
+    end = read_numbers(text, limit, values);
+    if (end == nullptr) {
+      return nullptr;
+    }
+    find_decimals(text, limit); // to be tried next
+    end = skip_blanks(end, limit);
+    return end < limit && *end == '\n' ? end + 1 : nullptr;
   }
-  end = skip_blanks(end, limit);
-  return end < limit && *end == '\n' ? end + 1 : nullptr;
-}
+
+private:
+  // A line of numbers of a digit and as many decimals as in the line before, one blank between them: most files have
+  // no other. Without a branch on the way.
+  template <size_t kCount> const char *read_alike(const char *text, const char *limit, float (&values)[kCount]) {
+    static const uint32_t kOne[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+    const ptrdiff_t width = decimals_ + 3;
+    if (decimals_ == 0 || limit - text < width * static_cast<ptrdiff_t>(kCount) + 8) {
+      return nullptr;
+    }
+    bool alike = true;
+    for (size_t i = 0; i < kCount; i++) {
+      const uint64_t decimals = (load_eight(text + 2) ^ kEightZeros) << 8 * (8 - decimals_);
+      const auto first = static_cast<uint32_t>(text[0] - '0');
+      const uint64_t number = uint64_t{first} * kOne[decimals_] + number_of(decimals);
+      alike &= (first <= 9) & (text[1] == '.') & (beyond_digits(decimals) == 0) &
+               (text[width - 1] == (i + 1 < kCount ? ' ' : '\n')) & scaled(number, -decimals_, false, &values[i]);
+      text += width;
+    }
+    return alike ? text : nullptr;
+  }
+
+  // A line of codes in columns of kColumn characters, one blank between them, as the library writes it.
+  template <size_t kCount> const char *read_alike(const char *text, const char *limit, uint32_t (&values)[kCount]) {
+    const int before = 64 - 8 * kColumn;
+    if (limit - text < (kColumn + 1) * static_cast<ptrdiff_t>(kCount) + 8) {
+      return nullptr;
+    }
+    bool alike = true;
+    for (size_t i = 0; i < kCount; i++) {
+      const uint64_t column = (load_eight(text) ^ kEightZeros) << before;
+      const uint64_t last = uint64_t{1} << 56; // at least this digit is none of the blanks
+      const uint64_t marks = (column ^ (kEightBlanks << before)) | last;
+      const uint64_t digits = column & ~((marks & (~marks + 1)) - 1);
+      values[i] = static_cast<uint32_t>(number_of(digits));
+      alike &= (beyond_digits(digits) == 0) & (text[kColumn] == (i + 1 < kCount ? ' ' : '\n'));
+      text += kColumn + 1;
+    }
+    return alike ? text : nullptr;
+  }
+
+  void find_decimals(const char *text, const char *limit) {
+    decimals_ = 0;
+    if (limit - text >= 10 && text[1] == '.') {
+      const uint64_t marks = beyond_digits(load_eight(text + 2) ^ kEightZeros);
+      decimals_ = marks == 0 ? 8 : first_byte(marks);
+    }
+  }
+
+  static const int kColumn = 5;
+  int decimals_ = 6; // of the line before, 1 to 8; 0 if it is of another form
+};
 
 // ---- Writing
 
