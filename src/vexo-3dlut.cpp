@@ -39,8 +39,6 @@ struct Destroy {
 };
 using OwnedLut = std::unique_ptr<vexo_3dlut, Destroy>;
 
-OwnedLut created(int size, const char *title) { return OwnedLut(vexo_3dlut_create(size, title)); }
-
 // The bytes of size^3 entries; 0 when size is below 1 or the host cannot count them (32-bit hosts from size 711).
 size_t table_bytes(int size) {
   if (size < 1) {
@@ -59,6 +57,25 @@ size_t table_bytes(int size) {
 
 size_t entry_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / sizeof(vexo_vector); }
 
+// A table whose entries are all to be set. One that a file promises and does not deliver never becomes resident.
+OwnedLut created(int size, const char *title) {
+  const size_t bytes = table_bytes(size);
+  if (bytes == 0) {
+    return nullptr;
+  }
+  OwnedLut lut(static_cast<vexo_3dlut *>(calloc(1, sizeof(vexo_3dlut))));
+  if (lut == nullptr) {
+    return nullptr;
+  }
+  lut->d = static_cast<vexo_vector *>(malloc(bytes));
+  if (lut->d == nullptr) {
+    return nullptr;
+  }
+  lut->size = size;
+  vexo_3dlut_set_title(lut.get(), title);
+  return lut;
+}
+
 bool on_axis(const vexo_3dlut *lut, int i) { return i >= 0 && i < lut->size; }
 
 // Fills the entries in order from next(entry), which is false when the source has no more. A table that stays
@@ -67,9 +84,9 @@ template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
   if (lut == nullptr) {
     return nullptr;
   }
-  const size_t count = entry_count(lut.get());
-  for (size_t i = 0; i < count; i++) {
-    if (!next(&lut->d[i])) {
+  const vexo_vector *end = lut->d + entry_count(lut.get());
+  for (vexo_vector *entry = lut->d; entry < end; entry++) {
+    if (!next(entry)) {
       return nullptr;
     }
   }
@@ -79,21 +96,10 @@ template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
 } // namespace
 
 vexo_3dlut *vexo_3dlut_create(int size, const char *title) {
-  const size_t bytes = table_bytes(size);
-  if (bytes == 0) {
-    return nullptr;
+  OwnedLut lut = created(size, title);
+  if (lut != nullptr) {
+    memset(lut->d, 0, table_bytes(size));
   }
-  OwnedLut lut(static_cast<vexo_3dlut *>(calloc(1, sizeof(vexo_3dlut))));
-  if (lut == nullptr) {
-    return nullptr;
-  }
-  // calloc, so that a table which a file promises and does not deliver never becomes resident.
-  lut->d = static_cast<vexo_vector *>(calloc(bytes, 1));
-  if (lut->d == nullptr) {
-    return nullptr;
-  }
-  lut->size = size;
-  vexo_3dlut_set_title(lut.get(), title);
   return lut.release();
 }
 
@@ -560,20 +566,32 @@ VEXO_VECTORISED void find_codes(const float *value, size_t count, float scale, f
   }
 }
 
-// Gives the words of the entries to add(word), in order.
-template <typename Word, typename Add>
-void make_words(const vexo_vector *rgb, size_t count, const Coding &coding, Add add) {
-  const size_t block = 64;
-  for (size_t done = 0; done < count; done += block) {
-    int code[3 * block];
-    const size_t entries = std::min(count - done, block);
+// The three codes of each entry in a word.
+template <typename Word> void join_all(const int *code, size_t count, int shift, Word *word) {
+  for (size_t i = 0; i < count; i++) {
+    const auto field = [code, i](size_t c) { return static_cast<Word>(code[3 * i + c]); };
+    word[i] = field(0) | field(1) << shift | field(2) << 2 * shift;
+  }
+}
+VEXO_VECTORISED void join(const int *code, size_t count, int shift, uint32_t *word) {
+  join_all(code, count, shift, word);
+}
+VEXO_VECTORISED void join(const int *code, size_t count, int shift, uint64_t *word) {
+  join_all(code, count, shift, word);
+}
+
+const size_t kWords = 512; // at a time
+
+// Gives the words of the entries to use(words, count), in order.
+template <typename Word, typename Use>
+void make_words(const vexo_vector *rgb, size_t count, const Coding &coding, Use use) {
+  for (size_t done = 0; done < count; done += kWords) {
+    int code[3 * kWords];
+    Word word[kWords];
+    const size_t entries = std::min(count - done, kWords);
     find_codes(rgb[done].d, 3 * entries, coding.scale, coding.most, code);
-    const auto field = [&code, &coding](size_t i, int c) {
-      return static_cast<Word>(code[3 * i + static_cast<size_t>(c)]) << c * coding.shift;
-    };
-    for (size_t i = 0; i < entries; i++) {
-      add(field(i, 2) | field(i, 1) | field(i, 0));
-    }
+    join(code, entries, coding.shift, word);
+    use(word, entries);
   }
 }
 
@@ -619,45 +637,48 @@ struct Model {
 // A depth beyond int comes out negative, which no format has.
 int depth_of(const vexo_dat_3dlut_header &header) { return static_cast<int>(header_integer(header.nbits)); }
 
-// What the codes of a depth stand for.
-class Levels {
-public:
-  explicit Levels(int nbits) : nbits_(nbits), mask_(all_ones(nbits)) {
-    for (uint32_t code = 0; code <= mask_; code++) {
-      level_[code] = static_cast<float>(code) / static_cast<float>(mask_);
+// Files have their words most significant byte first.
+const bool kTurns = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+
+VEXO_VECTORISED void turn(uint32_t *word, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    word[i] = kTurns ? __builtin_bswap32(word[i]) : word[i];
+  }
+}
+
+VEXO_VECTORISED void turn(uint64_t *word, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    word[i] = kTurns ? __builtin_bswap64(word[i]) : word[i];
+  }
+}
+
+// The components that the words stand for: code / (2^nbits - 1). The product with the reciprocal in double rounds to
+// the same float, for quotients of numbers so small stay far from the midpoints between floats.
+VEXO_VECTORISED void find_levels(const uint32_t *word, size_t count, int nbits, vexo_vector *rgb) {
+  const uint32_t mask = all_ones(nbits);
+  const double step = 1.0 / static_cast<double>(mask);
+  for (size_t i = 0; i < count; i++) {
+    for (int c = 0; c < 3; c++) {
+      rgb[i].d[c] = static_cast<float>(static_cast<double>(static_cast<int>(word[i] >> c * nbits & mask)) * step);
     }
   }
+}
 
-  // The components of a word, most significant byte first.
-  vexo_vector of(const uint8_t *byte) const {
-    const uint32_t word =
-        uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
-    return vexo_vector{{level_[word & mask_], level_[word >> nbits_ & mask_], level_[word >> 2 * nbits_ & mask_]}};
-  }
-
-private:
-  int nbits_;
-  uint32_t mask_;
-  float level_[1 << 10];
-};
-
-// Fills the table from 32-bit words, which read(bytes, count) delivers.
+// Fills the table from 32-bit words, which read(words, count) delivers.
 template <typename Read> vexo_3dlut *filled_from_words(OwnedLut lut, int nbits, Read read) {
   if (lut == nullptr) {
     return nullptr;
   }
-  const Levels levels(nbits);
   const size_t count = entry_count(lut.get());
-  const size_t block = 256;
+  const size_t block = 4096;
   for (size_t done = 0; done < count; done += block) {
-    uint8_t bytes[4 * block];
+    uint32_t word[block];
     const size_t entries = std::min(count - done, block);
-    if (!read(bytes, entries)) {
+    if (!read(word, entries)) {
       return nullptr;
     }
-    for (size_t i = 0; i < entries; i++) {
-      lut->d[done + i] = levels.of(bytes + 4 * i);
-    }
+    turn(word, entries);
+    find_levels(word, entries, nbits, lut->d + done);
   }
   return lut.release();
 }
@@ -674,54 +695,32 @@ size_t write_header(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits,
   return fwrite(&header, sizeof header, 1, f);
 }
 
-// Words on their way to a stream, most significant byte first, with the effects of a call a word.
-template <typename Word> class WordWriter {
-public:
-  explicit WordWriter(FILE *f) : f_(f) {}
-
-  void add(Word word) {
-    if (count_ == kBlock) {
-      flush();
-    }
-    uint8_t *byte = bytes_ + sizeof word * count_++;
-    for (size_t i = 0; i < sizeof word; i++) {
-      byte[i] = static_cast<uint8_t>(word >> 8 * (sizeof word - 1 - i) & 0xFFU);
-    }
+// Turns the words and writes them, with the effects of a call a word: one that the stream does not take is given up,
+// and the next is tried. Gives how many it took.
+template <typename Word> size_t write_words(Word *word, size_t count, FILE *f) {
+  turn(word, count);
+  size_t written = 0;
+  for (size_t done = 0; done < count; done++) {
+    const size_t taken = fwrite(word + done, sizeof *word, count - done, f);
+    written += taken;
+    done += taken;
   }
+  return written;
+}
 
-  // Writes what is left. Gives the words that the stream took.
-  size_t finish() {
-    flush();
-    return written_;
-  }
-
-private:
-  static const size_t kBlock = 128;
-
-  // A word that the stream does not take is given up, and the next is tried.
-  void flush() {
-    for (size_t done = 0; done < count_; done++) {
-      const size_t taken = fwrite(bytes_ + sizeof(Word) * done, sizeof(Word), count_ - done, f_);
-      written_ += taken;
-      done += taken;
-    }
-    count_ = 0;
-  }
-
-  FILE *f_;
-  size_t written_ = 0;
-  size_t count_ = 0;
-  uint8_t bytes_[sizeof(Word) * kBlock];
-};
+// The words of the entries.
+template <typename Word> size_t write_entries(const vexo_vector *rgb, size_t count, const Coding &coding, FILE *f) {
+  size_t written = 0;
+  make_words<Word>(rgb, count, coding, [&](Word *word, size_t n) { written += write_words(word, n, f); });
+  return written;
+}
 
 int items(size_t count) { return static_cast<int>(std::min<size_t>(count, INT_MAX)); }
 
 template <typename Word> int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int shift) {
   const auto full = static_cast<float>(all_ones(nbits));
   const size_t header = write_header(lut, f, version, nbits, lut->size);
-  WordWriter<Word> words(f);
-  make_words<Word>(lut->d, entry_count(lut), Coding{full, full, shift}, [&words](Word word) { words.add(word); });
-  return items(header + words.finish());
+  return items(header + write_entries<Word>(lut->d, entry_count(lut), Coding{full, full, shift}, f));
 }
 
 int floor_log2(int n) {
@@ -756,7 +755,7 @@ vexo_3dlut *vexo_3dlut_load_dat(FILE *f) {
     return nullptr;
   }
   return filled_from_words(std::move(lut), nbits,
-                           [f](uint8_t *bytes, size_t count) { return fread(bytes, 4, count, f) == count; });
+                           [f](uint32_t *words, size_t count) { return fread(words, 4, count, f) == count; });
 }
 
 vexo_3dlut *vexo_3dlut_dat_load_file(const char *path) {
@@ -776,11 +775,11 @@ vexo_3dlut *vexo_3dlut_dat_load_buf(uint8_t *buf, int len) {
   }
   const uint8_t *word = buf + sizeof header;
   size_t left = static_cast<size_t>(len) - sizeof header;
-  const auto read = [&word, &left](uint8_t *bytes, size_t count) {
+  const auto read = [&word, &left](uint32_t *words, size_t count) {
     if (left / 4 < count) {
       return false;
     }
-    memcpy(bytes, word, 4 * count);
+    memcpy(words, word, 4 * count);
     word += 4 * count;
     left -= 4 * count;
     return true;
@@ -811,15 +810,13 @@ int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   const int most = full - (1 << (nbits - floor_log2(points)));
   fprintf(stderr, "mask = %d, max = %d\n", full, most);
   const Coding coding = {static_cast<float>(full), static_cast<float>(most), nbits};
-  const size_t header = write_header(lut, f, kLatticeVersion, nbits, points);
-  WordWriter<uint32_t> words(f);
+  size_t sum = write_header(lut, f, kLatticeVersion, nbits, points);
   for (int bi = 0; bi < points; bi++) {
     for (int gi = 0; gi < points; gi++) {
-      make_words<uint32_t>(vexo_3dlut_item(lut, bi, gi, 0), static_cast<size_t>(points), coding,
-                           [&words](uint32_t word) { words.add(word); });
+      sum += write_entries<uint32_t>(vexo_3dlut_item(lut, bi, gi, 0), static_cast<size_t>(points), coding, f);
     }
   }
-  return items(header + words.finish());
+  return items(sum);
 }
 
 // ---- eeColor text, COE memory images, listings
@@ -831,19 +828,29 @@ Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), sta
 
 // "%08x,\n" for each word.
 void print_coe_words(const vexo_vector *rgb, size_t count, const Coding &coding, LineWriter *lines) {
-  make_words<uint32_t>(rgb, count, coding, [lines](uint32_t word) {
-    char *text = vexo_internal::put_hexadecimal(lines->line(), word);
-    *text++ = ',';
-    *text++ = '\n';
-    lines->add(text);
+  make_words<uint32_t>(rgb, count, coding, [lines](const uint32_t *word, size_t n) {
+    for (size_t i = 0; i < n; i++) {
+      char *text = vexo_internal::put_hexadecimal(lines->line(), word[i]);
+      memcpy(text, ",\n", 2);
+      lines->add(text + 2);
+    }
   });
 }
 
-// The same for an entry that may lie outside the table, where words are 0.
-void print_coe_word(vexo_3dlut *lut, LineWriter *lines, const Coding &coding, int bi, int gi, int ri) {
-  const vexo_vector *rgb = vexo_3dlut_item(lut, bi, gi, ri);
-  const vexo_vector outside = {};
-  print_coe_words(rgb != nullptr ? rgb : &outside, 1, coding, lines);
+// The same for the entries along blue. Those outside the table have words of 0.
+void print_coe_column(vexo_3dlut *lut, LineWriter *lines, const Coding &coding, int first, int count, int gi, int ri) {
+  const int block = 64;
+  for (int done = 0; done < count; done += block) {
+    vexo_vector column[block] = {};
+    const int entries = std::min(count - done, block);
+    for (int i = 0; i < entries; i++) {
+      const vexo_vector *rgb = vexo_3dlut_item(lut, first + done + i, gi, ri);
+      if (rgb != nullptr) {
+        column[i] = *rgb;
+      }
+    }
+    print_coe_words(column, static_cast<size_t>(entries), coding, lines);
+  }
 }
 
 // One memory image: the main block and the last green and red plane, blue indexes from first on.
@@ -858,14 +865,10 @@ void print_coe_image(vexo_3dlut *lut, FILE *f, const Coding &coding, int first) 
     }
   }
   for (int ri = 0; ri < 2 * n; ri++) {
-    for (int bi = first; bi < first + n; bi++) {
-      print_coe_word(lut, &lines, coding, bi, n, ri);
-    }
+    print_coe_column(lut, &lines, coding, first, n, n, ri);
   }
   for (int gi = 0; gi < 2 * n; gi++) {
-    for (int bi = first; bi < first + n; bi++) {
-      print_coe_word(lut, &lines, coding, bi, gi, n);
-    }
+    print_coe_column(lut, &lines, coding, first, n, gi, n);
   }
   lines.finish();
 }
@@ -939,9 +942,12 @@ int vexo_3dlut_dump_debug(vexo_3dlut *lut, FILE *f, int nbits) {
   const vexo_vector *rgb = lut->d;
   for (int bi = 0; bi < lut->size; bi++) {
     for (int gi = 0; gi < lut->size; gi++) {
+      char indices[2 * vexo_internal::kNumberRoom]; // the same along the row
+      const auto length = static_cast<size_t>(put_index(put_index(indices, bi), gi) - indices);
       for (int ri = 0; ri < lut->size; ri++) {
         char *text = put_codes(lines.line(), *rgb++, nbits);
-        text = put_index(put_index(put_index(text, bi), gi), ri);
+        memcpy(text, indices, length);
+        text = put_index(text + length, ri);
         *text++ = '\n';
         lines.add(text);
       }

@@ -14,7 +14,11 @@
 
 namespace vexo_internal {
 
-// ---- Eight characters at once, the first in the lowest byte whatever the host's order
+// ---- Several characters at once, the first in the lowest byte whatever the host's order
+
+inline uint32_t load_two(const char *text) {
+  return static_cast<unsigned char>(text[0]) | static_cast<uint32_t>(static_cast<unsigned char>(text[1])) << 8;
+}
 
 inline uint64_t load_eight(const char *text) {
   const auto byte = [text](int i) { return uint64_t{static_cast<unsigned char>(text[i])} << 8 * i; };
@@ -212,16 +216,18 @@ private:
     if (decimals_ == 0 || limit - text < width * static_cast<ptrdiff_t>(kCount) + 8) {
       return nullptr;
     }
+    uint64_t marks = 0;
     bool alike = true;
     for (size_t i = 0; i < kCount; i++) {
       const uint64_t decimals = (load_eight(text + 2) ^ kEightZeros) << 8 * (8 - decimals_);
-      const auto first = static_cast<uint32_t>(text[0] - '0');
+      const uint32_t first = load_two(text) ^ ('0' | '.' << 8);
       const uint64_t number = uint64_t{first} * kOne[decimals_] + number_of(decimals);
-      alike &= (first <= 9) & (text[1] == '.') & (beyond_digits(decimals) == 0) &
-               (text[width - 1] == (i + 1 < kCount ? ' ' : '\n')) & scaled(number, -decimals_, false, &values[i]);
+      marks |= beyond_digits(decimals);
+      alike &= (first <= 9) & (text[width - 1] == (i + 1 < kCount ? ' ' : '\n')) &
+               scaled(number, -decimals_, false, &values[i]);
       text += width;
     }
-    return alike ? text : nullptr;
+    return alike && marks == 0 ? text : nullptr;
   }
 
   // A line of codes in columns of kColumn characters, one blank between them, as the library writes it.
@@ -230,6 +236,7 @@ private:
     if (limit - text < (kColumn + 1) * static_cast<ptrdiff_t>(kCount) + 8) {
       return nullptr;
     }
+    uint64_t odd = 0;
     bool alike = true;
     for (size_t i = 0; i < kCount; i++) {
       const uint64_t column = (load_eight(text) ^ kEightZeros) << before;
@@ -237,10 +244,11 @@ private:
       const uint64_t marks = (column ^ (kEightBlanks << before)) | last;
       const uint64_t digits = column & ~((marks & (~marks + 1)) - 1);
       values[i] = static_cast<uint32_t>(number_of(digits));
-      alike &= (beyond_digits(digits) == 0) & (text[kColumn] == (i + 1 < kCount ? ' ' : '\n'));
+      odd |= beyond_digits(digits);
+      alike &= text[kColumn] == (i + 1 < kCount ? ' ' : '\n');
       text += kColumn + 1;
     }
-    return alike ? text : nullptr;
+    return alike && odd == 0 ? text : nullptr;
   }
 
   void find_decimals(const char *text, const char *limit) {
@@ -266,8 +274,35 @@ inline int nearest(float x) {
 // Every writer of text below gives the end of what it wrote and may use kNumberRoom characters.
 const size_t kNumberRoom = 64;
 
+// The numbers 0..99 in two characters: of the lower pair behind digits or blanks, and of the higher pair.
+struct Pairs {
+  constexpr Pairs() {
+    for (int n = 0; n < 100; n++) {
+      const auto tens = static_cast<char>('0' + n / 10);
+      const auto ones = static_cast<char>('0' + n % 10);
+      digits[n][0] = tens;
+      number[n][0] = higher[n][0] = n < 10 ? ' ' : tens;
+      digits[n][1] = number[n][1] = ones;
+      higher[n][1] = n == 0 ? ' ' : ones;
+    }
+  }
+  char digits[100][2] = {};
+  char number[100][2] = {};
+  char higher[100][2] = {};
+};
+static constexpr Pairs kPairs;
+
 // "%*d" for a width of 1 to 8: the digits behind blanks that go up to the width.
 inline char *put_integer(char *text, int value, int width) {
+  if (value >= 0 && value < 10000 && width >= 4) {
+    const int high = value / 100;
+    const int low = value % 100;
+    memcpy(text, "    ", 4);
+    text += width;
+    memcpy(text - 4, kPairs.higher[high], 2);
+    memcpy(text - 2, high > 0 ? kPairs.digits[low] : kPairs.number[low], 2);
+    return text;
+  }
   if (value < 0 || value > 99999999) {
     return text + snprintf(text, kNumberRoom, "%*d", width, value);
   }
