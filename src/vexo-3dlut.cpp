@@ -404,12 +404,16 @@ template <typename Lines, size_t kNumbers> bool next_numbers(Lines *lines, float
 // Fills the table from lines of so many numbers, the last three of which are the entry.
 template <size_t kNumbers, typename Lines> vexo_3dlut *filled_from(Lines *lines, OwnedLut lut) {
   return filled(std::move(lut), [lines](vexo_vector *entry) {
-    float numbers[kNumbers];
-    if (!next_numbers(lines, numbers)) {
-      return false;
+    if constexpr (kNumbers == 3) {
+      return next_numbers(lines, entry->d);
+    } else {
+      float numbers[kNumbers];
+      if (!next_numbers(lines, numbers)) {
+        return false;
+      }
+      memcpy(entry->d, numbers + kNumbers - 3, sizeof entry->d);
+      return true;
     }
-    memcpy(entry->d, numbers + kNumbers - 3, sizeof entry->d);
-    return true;
   });
 }
 
@@ -826,13 +830,22 @@ namespace {
 // A COE word always leaves ten bits to a component.
 Coding coe_coding(int nbits) { return Coding{static_cast<float>(1 << nbits), static_cast<float>(all_ones(nbits)), 10}; }
 
+VEXO_VECTORISED void find_digits(const uint32_t *word, size_t count, uint64_t *digits) {
+  for (size_t i = 0; i < count; i++) {
+    digits[i] = vexo_internal::hexadecimal_of(word[i]);
+  }
+}
+
 // "%08x,\n" for each word.
 void print_coe_words(const vexo_vector *rgb, size_t count, const Coding &coding, LineWriter *lines) {
   make_words<uint32_t>(rgb, count, coding, [lines](const uint32_t *word, size_t n) {
+    uint64_t digits[kWords];
+    find_digits(word, n, digits);
     for (size_t i = 0; i < n; i++) {
-      char *text = vexo_internal::put_hexadecimal(lines->line(), word[i]);
-      memcpy(text, ",\n", 2);
-      lines->add(text + 2);
+      char *text = lines->line();
+      vexo_internal::store_eight(text, digits[i]);
+      memcpy(text + 8, ",\n", 2);
+      lines->add(text + 10);
     }
   });
 }

@@ -76,10 +76,11 @@ float max_code(int nbits) { return static_cast<float>((1 << nbits) - 1); }
 
 // The code of a value, to nearest, halves away from zero; not limited to the depth, but to int. A NaN is 0.
 int code_of(float value, float max_value) {
-  if (max_value * value >= 0.0F && max_value * value < 2147483648.0F) {
-    return vexo_internal::nearest(max_value * value);
+  const float scaled = max_value * value;
+  if (scaled >= 0.0F && scaled < 2147483648.0F) {
+    return vexo_internal::nearest(scaled);
   }
-  const float code = std::round(max_value * value);
+  const float code = std::round(scaled);
   if (std::isnan(code)) {
     return 0;
   }

@@ -156,7 +156,7 @@ private:
 
   FILE *f_;
   long long sum_ = 0;
-  char text_[4096];
+  char text_[16384];
   char *end_ = text_;
 };
 

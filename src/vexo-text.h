@@ -294,19 +294,20 @@ static constexpr Pairs kPairs;
 
 // "%*d" for a width of 1 to 8: the digits behind blanks that go up to the width.
 inline char *put_integer(char *text, int value, int width) {
-  if (value >= 0 && value < 10000 && width >= 4) {
-    const int high = value / 100;
-    const int low = value % 100;
+  const auto number = static_cast<uint32_t>(value);
+  if (number < 10000 && width >= 4) {
+    const uint32_t high = number / 100;
+    const uint32_t low = number % 100;
     memcpy(text, "    ", 4);
     text += width;
     memcpy(text - 4, kPairs.higher[high], 2);
     memcpy(text - 2, high > 0 ? kPairs.digits[low] : kPairs.number[low], 2);
     return text;
   }
-  if (value < 0 || value > 99999999) {
+  if (number > 99999999) {
     return text + snprintf(text, kNumberRoom, "%*d", width, value);
   }
-  const uint64_t digits = digits_of(static_cast<uint32_t>(value));
+  const uint64_t digits = digits_of(number);
   const int zeros = __builtin_ctzll(digits | uint64_t{1} << 56) & ~7; // bits of them before the first digit to show
   const uint64_t blanks = kEightBlanks & ((uint64_t{1} << zeros) - 1);
   const int left_out = zeros < 64 - 8 * width ? zeros : 64 - 8 * width;
@@ -337,15 +338,14 @@ inline char *put_decimal(char *text, float value) {
   return text + 8;
 }
 
-// "%08x".
-inline char *put_hexadecimal(char *text, uint32_t word) {
+// The eight digits of "%08x".
+inline uint64_t hexadecimal_of(uint32_t word) {
   // The nibbles as bytes, the highest in the lowest byte.
   uint64_t nibbles = (word >> 16) | uint64_t{word & 0xFFFFU} << 32;
   nibbles = (nibbles >> 8 & 0x000000FF000000FF) | (nibbles & 0x000000FF000000FF) << 16;
   nibbles = (nibbles >> 4 & 0x000F000F000F000F) | (nibbles & 0x000F000F000F000F) << 8;
   const uint64_t letters = (nibbles + 0x0606060606060606) >> 4 & 0x0101010101010101;
-  store_eight(text, nibbles + kEightZeros + letters * ('a' - '0' - 10));
-  return text + 8;
+  return nibbles + kEightZeros + (letters << 5) + (letters << 3) - letters; // 39 from '9' + 1 to 'a'
 }
 
 } // namespace vexo_internal
