@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vexo-text.h"
 #include "vexo-xyY.h"
 
 using vexo_internal::mix_weighted;
@@ -68,13 +69,23 @@ const float rt[kLines] = {1e-16F,   1e-05F,    2e-05F, 3e-05F,    4e-05F,   5e-0
                           2.5e-04F, 2.75e-04F, 3e-04F, 3.25e-04F, 3.5e-04F, 3.75e-04F, 4e-04F, 4.25e-04F,
                           4.5e-04F, 4.75e-04F, 5e-04F, 5.25e-04F, 5.5e-04F, 5.75e-04F, 6e-04F};
 
-// The distance at a right angle to a line of that slope, from the difference in v at one u.
-float normalised(float distance, float slope) {
-  return static_cast<float>(static_cast<double>(distance) / std::sqrt(1.0 + static_cast<double>(slope * slope)));
+// sqrt(1 + t^2) of the lines in double, from t^2 in single precision.
+const double steepness[kLines] = {1.0291979559429039, 1.0319486187898508, 1.0354863270340853, 1.0399266535944576,
+                                  1.045390874122708,  1.0520292620722953, 1.0599973740860065, 1.0694646888457169,
+                                  1.0806161254531643, 1.0936425905621345, 1.1087497641725514, 1.1570525348361755,
+                                  1.2233626546169605, 1.3117995209446,    1.4271409749365458, 1.5749927444896397,
+                                  1.7623794568551543, 1.9980510513992886, 2.2932199473776564, 2.6629904102836064,
+                                  3.1282403549280997, 3.718390182910901,  4.476425514987975,  5.468411854780232,
+                                  6.800129990176716,  8.653474548707976,  11.368068721211854, 15.65996137475406,
+                                  23.34642722265015,  40.78226321777719,  116.45428958393933};
+
+// The distance at a right angle to a line, from the difference in v at one u.
+float normalised(float distance, int line) {
+  return static_cast<float>(static_cast<double>(distance) / steepness[line]);
 }
 
-// Kelvin to the nearest integer, halves away from zero; INT_MAX stands for everything above it.
-int whole_kelvin(float kelvin) { return kelvin < 2147483648.0F ? static_cast<int>(std::lround(kelvin)) : INT_MAX; }
+// Kelvin above 0 to the nearest integer, halves away from zero; INT_MAX stands for everything above it.
+int whole_kelvin(float kelvin) { return kelvin < 2147483648.0F ? vexo_internal::nearest(kelvin) : INT_MAX; }
 
 // x to the power 0.3333333333333333, rounded to single precision, for x > 0. Of a first guess that divides the exponent
 // by three (3.3 % off at worst) two of Halley's steps make one that is 1e-14 off; the exponent, a little below a third,
@@ -307,12 +318,12 @@ int vexo_xyz_cct(float *xyz) {
   const float us = static_cast<float>(4.0 * X / den);
   const float vs = static_cast<float>(6.0 * Y / den);
 
-  float dm = 0.0F;
+  float dm = NAN; // nothing before the first line
   for (int i = 0; i < kLines; i++) {
     const float di = vs - uvt[i].v - uvt[i].t * (us - uvt[i].u);
-    if (i > 0 && ((di < 0.0F && dm >= 0.0F) || (di >= 0.0F && dm < 0.0F))) {
-      const float before = normalised(dm, uvt[i - 1].t);
-      const float p = before / (before - normalised(di, uvt[i].t));
+    if ((di < 0.0F) != (dm < 0.0F) && !std::isnan(dm) && !std::isnan(di)) {
+      const float before = normalised(dm, i - 1);
+      const float p = before / (before - normalised(di, i));
       return whole_kelvin(1.0F / (rt[i - 1] + (rt[i] - rt[i - 1]) * p));
     }
     dm = di;
