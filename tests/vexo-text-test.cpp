@@ -13,6 +13,7 @@
 #include "plain/vexo-3dlut-plain.h"
 #include "plain/vexo-text-plain.h"
 #include "text.h"
+#include "vexo.h"
 
 namespace {
 
@@ -89,6 +90,17 @@ std::string near_midpoint() {
   return text;
 }
 
+std::string eight_decimals() { return printf_of("%.*f", 8, std::ldexp(static_cast<double>(random_bits()), -32)); }
+
+std::string any_decimals() {
+  return printf_of("%.*f", static_cast<int>(below(9)), std::ldexp(static_cast<double>(random_bits()), -29));
+}
+
+std::string column() {
+  const std::string code = std::to_string(random_bits() >> below(32));
+  return std::string(5 - std::min<size_t>(code.size(), 5), ' ') + code;
+}
+
 std::string any_number() {
   static const char *const kOdd[] = {"0",
                                      "-0",
@@ -137,25 +149,29 @@ std::string any_number() {
   case 4:
     return printf_of("%.*f", static_cast<int>(below(18)), std::ldexp(static_cast<double>(random_bits()), -31));
   default:
-    return printf_of("%.*f", 8, std::ldexp(static_cast<double>(random_bits()), -32));
+    return any_decimals();
   }
 }
 
-// Lines of numbers with what else a file may hold between, within and behind them.
-std::string lines_of(size_t count, int columns, std::string (*number)()) {
+// Lines of regular numbers, and some of any, with what else a file may hold between, within and behind them.
+std::string lines_of(size_t count, int columns, std::string (*number)(), std::string (*regular)() = eight_decimals) {
   static const std::string kBetween[] = {"\t", "  ", " \v", "", ",", "\r", std::string(1, '\0'), "\n"};
   static const std::string kBehind[] = {" ", "\r", " tail", "\n\n", "x", std::string(1, '\0'), "\n# 1 2 3", ""};
   std::string text;
   for (size_t i = 0; i < count; i++) {
-    const bool odd = below(4) == 0;
+    const size_t kind = below(8); // regular from 2 on
+    std::string line;
     for (int column = 0; column < columns; column++) {
-      text += column == 0 ? "" : odd && below(3) == 0 ? kBetween[below(8)] : " ";
-      text += odd ? number() : printf_of("%.*f", 8, std::ldexp(static_cast<double>(random_bits()), -32));
-      if (odd && below(20) == 0) {
-        text += std::string(240 + below(20), ' ');
+      line += column == 0 ? "" : kind == 0 && below(3) == 0 ? kBetween[below(8)] : " ";
+      line += kind == 0 ? number() : regular();
+      if (kind == 0 && below(20) == 0) {
+        line += std::string(240 + below(20), ' ');
       }
     }
-    text += odd ? kBehind[below(8)] + "\n" : "\n";
+    if (kind == 1) {
+      line[below(line.size())] = " .,-x5\n"[below(7)];
+    }
+    text += line + (kind == 0 ? kBehind[below(8)] : "") + "\n";
   }
   return text;
 }
@@ -188,11 +204,12 @@ TEST(NumberText, StreamsAreReadAsLineByLine) {
     const size_t count = size * size * size;
     const std::string header = "LUT_3D_SIZE " + std::to_string(size) + "\n";
     const auto load = [](FILE *f) { return bits_of_lut(vexo_3dlut_load_cube(f)); };
-    both_read(header + lines_of(count + count / 3, 3, any_number), load, [&](FILE *f) {
-      char line[256];
-      EXPECT_NE(fgets(line, sizeof line, f), nullptr);
-      return bits_of_all(plain::read_entries(f, count, plain::scan_cube_entry), count);
-    });
+    both_read(header + lines_of(count + count / 3, 3, any_number, run % 3 == 0 ? any_decimals : eight_decimals), load,
+              [&](FILE *f) {
+                char line[256];
+                EXPECT_NE(fgets(line, sizeof line, f), nullptr);
+                return bits_of_all(plain::read_entries(f, count, plain::scan_cube_entry), count);
+              });
     both_read(
         lines_of(count + count / 2, 6, any_number),
         [&](FILE *f) { return bits_of_lut(vexo_3dlut_load_eecolor(f, static_cast<int>(size))); },
@@ -238,8 +255,7 @@ TEST(NumberText, NothingIsTakenAfterTheLastEntry) {
 }
 
 std::string any_integer() {
-  return below(3) == 0 ? any_number()
-                       : std::to_string(random_bits() >> below(32)) + (below(9) == 0 ? "9999999999" : "");
+  return below(3) == 0 ? any_number() : below(3) == 0 ? "     " : column() + (below(9) == 0 ? "9999999999" : "");
 }
 
 TEST(NumberText, ThreeChannelFiles) {
@@ -250,8 +266,9 @@ TEST(NumberText, ThreeChannelFiles) {
     const std::string header =
         "LUT_1D_SIZE " + std::to_string(decimals ? power : size) + "\nLUT_1D_BITS 1\n"; // codes divided by 1
     const size_t lines = below(3) == 0 ? below(2 * static_cast<size_t>(size)) : 2 * static_cast<size_t>(size);
-    const std::string body =
-        below(4) == 0 ? std::string(lines, '\n') : lines_of(lines, 3, decimals ? any_number : any_integer);
+    const std::string body = below(4) == 0 ? std::string(lines, '\n')
+                             : decimals    ? lines_of(lines, 3, any_number, any_decimals)
+                                           : lines_of(lines, 3, any_integer, column);
     both_read(
         header + body,
         [&](FILE *f) {
@@ -272,6 +289,41 @@ TEST(NumberText, ThreeChannelFiles) {
           plain::Entries entries;
           return plain::read_codes(f, size, decimals, &entries) ? bits_of_entries(entries) : std::vector<uint32_t>();
         });
+  }
+}
+
+TEST(NumberText, MeasurementRows) {
+  static const char *const kBetween[] = {", ", ",\t", " ,", ",,", ";", " "};
+  const TemporaryFolder folder;
+  const std::string path = folder.path("rows");
+  for (int run = 0; run < 60; run++) {
+    vexo_lcnr expected = {};
+    vexo_lcnr lcnr = {};
+    float *f[10] = {expected.sample};
+    for (int n = 0; n < 9; n++) {
+      f[n + 1] = expected.data[n / 3][n % 3];
+    }
+    std::string text = "<x>";
+    for (expected.num = 0; expected.num < 64; expected.num++) {
+      std::string row = below(9) == 0 ? " " : "";
+      for (int n = 0; n < 10; n++) {
+        row += (n == 0           ? ""
+                : below(50) == 0 ? kBetween[below(6)]
+                                 : ",") +
+               (below(20) == 0 ? any_number() : any_decimals());
+      }
+      sscanf(row.c_str(), " %f,%f,%f,%f,%f,%f,%f,%f,%f,%f", f[0], f[1], f[2], f[3], f[4], f[5], f[6], f[7], f[8], f[9]);
+      for (float *&field : f) {
+        field++;
+      }
+      text += "<LEVEL>" + row + "</LEVEL>\n";
+    }
+    FILE *file = fopen(path.c_str(), "w");
+    fputs((text + "</x>").c_str(), file);
+    fclose(file);
+    EXPECT_EQ(vexo_load_lcnr_xml(&lcnr, path.c_str()), 0);
+    EXPECT_EQ(lcnr.num, expected.num);
+    EXPECT_EQ(bits_of_numbers(lcnr.data[0][0], 10 * 64), bits_of_numbers(expected.data[0][0], 10 * 64)) << text;
   }
 }
 
