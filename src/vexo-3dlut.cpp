@@ -580,9 +580,7 @@ template <typename Word> void join_all(const int *code, size_t count, int shift,
 VEXO_VECTORISED void join(const int *code, size_t count, int shift, uint32_t *word) {
   join_all(code, count, shift, word);
 }
-VEXO_VECTORISED void join(const int *code, size_t count, int shift, uint64_t *word) {
-  join_all(code, count, shift, word);
-}
+void join(const int *code, size_t count, int shift, uint64_t *word) { join_all(code, count, shift, word); }
 
 const size_t kWords = 512; // at a time
 
@@ -650,7 +648,7 @@ VEXO_VECTORISED void turn(uint32_t *word, size_t count) {
   }
 }
 
-VEXO_VECTORISED void turn(uint64_t *word, size_t count) {
+void turn(uint64_t *word, size_t count) {
   for (size_t i = 0; i < count; i++) {
     word[i] = kTurns ? __builtin_bswap64(word[i]) : word[i];
   }

@@ -178,7 +178,7 @@ inline const char *read_number(const char *text, const char *limit, float *value
 
 // Numbers with white space before each.
 template <typename Number, size_t kCount>
-const char *read_numbers(const char *text, const char *limit, Number (&values)[kCount]) {
+[[gnu::noinline]] const char *read_numbers(const char *text, const char *limit, Number (&values)[kCount]) {
   for (Number &value : values) {
     text = read_number(skip_blanks(text, limit), limit, &value);
     if (text == nullptr) {
@@ -195,16 +195,7 @@ public:
   template <typename Number, size_t kCount>
   const char *read(const char *text, const char *limit, Number (&values)[kCount]) {
     const char *end = read_alike(text, limit, values);
-    if (end != nullptr) {
-      return end;
-    }
-    end = read_numbers(text, limit, values);
-    if (end == nullptr) {
-      return nullptr;
-    }
-    find_decimals(text, limit); // to be tried next
-    end = skip_blanks(end, limit);
-    return end < limit && *end == '\n' ? end + 1 : nullptr;
+    return end != nullptr ? end : read_any(text, limit, values);
   }
 
 private:
@@ -251,6 +242,17 @@ private:
     return alike && odd == 0 ? text : nullptr;
   }
 
+  template <typename Number, size_t kCount>
+  const char *read_any(const char *text, const char *limit, Number (&values)[kCount]) {
+    const char *end = read_numbers(text, limit, values);
+    if (end == nullptr) {
+      return nullptr;
+    }
+    find_decimals(text, limit); // to be tried next
+    end = skip_blanks(end, limit);
+    return end < limit && *end == '\n' ? end + 1 : nullptr;
+  }
+
   void find_decimals(const char *text, const char *limit) {
     decimals_ = 0;
     if (limit - text >= 10 && text[1] == '.') {
@@ -293,26 +295,31 @@ struct Pairs {
 static constexpr Pairs kPairs;
 
 // "%*d" for a width of 1 to 8: the digits behind blanks that go up to the width.
-inline char *put_integer(char *text, int value, int width) {
-  const auto number = static_cast<uint32_t>(value);
-  if (number < 10000 && width >= 4) {
-    const uint32_t high = number / 100;
-    const uint32_t low = number % 100;
-    memcpy(text, "    ", 4);
-    text += width;
-    memcpy(text - 4, kPairs.higher[high], 2);
-    memcpy(text - 2, high > 0 ? kPairs.digits[low] : kPairs.number[low], 2);
-    return text;
-  }
-  if (number > 99999999) {
+[[gnu::noinline]] inline char *put_any_integer(char *text, int value, int width) {
+  if (value < 0 || value > 99999999) {
     return text + snprintf(text, kNumberRoom, "%*d", width, value);
   }
-  const uint64_t digits = digits_of(number);
+  const uint64_t digits = digits_of(static_cast<uint32_t>(value));
   const int zeros = __builtin_ctzll(digits | uint64_t{1} << 56) & ~7; // bits of them before the first digit to show
   const uint64_t blanks = kEightBlanks & ((uint64_t{1} << zeros) - 1);
   const int left_out = zeros < 64 - 8 * width ? zeros : 64 - 8 * width;
   store_eight(text, ((digits | kEightZeros) - blanks) >> left_out);
   return text + (64 - left_out) / 8;
+}
+
+// The same, at once for numbers of up to four digits.
+inline char *put_integer(char *text, int value, int width) {
+  const auto number = static_cast<uint32_t>(value);
+  if (number >= 10000 || width < 4) {
+    return put_any_integer(text, value, width);
+  }
+  const uint32_t high = number / 100;
+  const uint32_t low = number % 100;
+  memcpy(text, "    ", 4);
+  text += width;
+  memcpy(text - 4, kPairs.higher[high], 2);
+  memcpy(text - 2, high > 0 ? kPairs.digits[low] : kPairs.number[low], 2);
+  return text;
 }
 
 // "%0.8f". The product with 10^8 is exact in double: 24 bits times the 19 bits of 5^8. Adding 2^52 rounds it to a whole
