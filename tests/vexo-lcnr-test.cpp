@@ -76,9 +76,17 @@ TEST(Lcnr, LoadUnderAnyLocale) {
 TEST(Lcnr, RefusedFiles) {
   const std::string broken = "Parse error at line ";
   const std::string invalid = ":\nnot well-formed (invalid token)\n";
+  std::string laughs = "<!DOCTYPE x [<!ENTITY l '1,2,3'>"; // a thousand million of them
+  for (int i = 1; i < 10; i++) {
+    const std::string name(static_cast<size_t>(i), 'l');
+    laughs += "<!ENTITY l" + name + " '" + repeated(10, "&" + name + ";") + "'>";
+  }
   const struct {
     std::string text, message;
-  } files[] = {{"", broken + "1:\nno element found\n"},
+  } files[] = {{laughs + "]>\n<x><LEVEL>&llllllllll;</LEVEL></x>",
+                broken + "2:\nlimit on input amplification factor (from DTD and entities) breached\n"},
+               {repeated(100000, "<LEVEL>"), broken + "1:\nno element found\n"},
+               {"", broken + "1:\nno element found\n"},
                {"<LCNR>\n<LEVEL>1,2</LEVEL>\n", broken + "3:\nno element found\n"},
                {"<LCNR>\n<LEVEL>1,2", broken + "2:\nno element found\n"},
                {"<LCNR>\n\n</LEVEL></LCNR>", broken + "3:\nmismatched tag\n"},

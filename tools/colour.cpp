@@ -60,6 +60,7 @@ bool from_Lab(vexo_vector *v, const vexo_vector &white) {
   return true;
 }
 
+const size_t kLongestLine = 1000; // of a list
 const std::vector<std::string> kForms = {"XYZ", "xyY", "uvY", "Lab"};
 
 // Brings a triple of the given form to XYZ. Returns whether it is a colour.
@@ -137,6 +138,10 @@ template <typename Take> bool each_line(const std::string &path, Take take) {
   for (int c = std::getc(f.get()); c != EOF; number++) {
     for (line.clear(); c != EOF && c != '\n'; c = std::getc(f.get())) {
       line.push_back(static_cast<char>(c));
+      if (line.size() > kLongestLine) {
+        throw Failure(kInputError, format("%s:%d: a line of more than %zu characters, expected three numbers",
+                                          input_name(path).c_str(), number, kLongestLine));
+      }
     }
     const size_t text = line.find_first_not_of(" \t\r");
     if (text != std::string::npos && line[text] != '#' && !take(line)) {

@@ -19,7 +19,8 @@
 
 namespace {
 
-const size_t kCapacity = 64; // rows of vexo_lcnr
+const size_t kCapacity = 64;       // rows of vexo_lcnr
+const size_t kMostKeywords = 1000; // of a CGATS file
 
 [[noreturn]] void refuse(const std::string &where, const std::string &what) {
   throw Failure(kInputError, where + ": " + what);
@@ -308,6 +309,13 @@ Import import_cgats(const std::string &path, const std::string &text) {
                  [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
   if (upper.find(".INCLUDE") != std::string::npos) {
     refuse(name, "holds .INCLUDE, expected all readings in one file");
+  }
+  // It looks at all keywords for each.
+  size_t keywords = 0;
+  for (size_t at = upper.find("KEYWORD"); at != std::string::npos; at = upper.find("KEYWORD", at + 1)) {
+    if (++keywords > kMostKeywords) {
+      refuse(name, format("more than %zu keywords", kMostKeywords));
+    }
   }
   std::string message;
   const std::unique_ptr<std::remove_pointer_t<cmsContext>, DeleteContext> context(cmsCreateContext(nullptr, &message));

@@ -11,6 +11,8 @@
 
 namespace {
 
+const size_t kLongestText = 4 << 20; // far more than measurements need; what is made of it takes some 100 times as much
+
 [[noreturn]] void refuse(const std::string &path, const std::string &what) {
   throw Failure(kInputError, input_name(path) + ": " + what);
 }
@@ -68,6 +70,9 @@ std::string read_text(const std::string &path, const char *expected) {
   for (size_t length = block.size(); length == block.size();) {
     length = std::fread(block.data(), 1, block.size(), f.get());
     text.append(block.data(), length);
+    if (text.size() > kLongestText) {
+      refuse(path, std::string("larger than 4 MB, expected ") + expected);
+    }
   }
   if (std::ferror(f.get()) != 0) {
     refuse_errno(path);

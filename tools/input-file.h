@@ -14,7 +14,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 // Opens a regular file, or a copy of standard input for "-", at its start. Throws a Failure (input) that names it.
 File open_input(const std::string &path, const char *expected);
 
-// All of an input. Throws a Failure (input) that names it.
+// All of an input of at most 4 MB. Throws a Failure (input) that names it.
 std::string read_text(const std::string &path, const char *expected);
 
 // The name of an input in messages.

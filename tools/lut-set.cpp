@@ -14,11 +14,20 @@
 
 namespace {
 
-const long long kLargest = 1 << 24; // entries; far beyond any hardware, and no burden
-const int kColumnLimit = 1024;      // numbers read from a column
+const long long kLargest = 1 << 20; // entries; far beyond any hardware, and no burden
+const int kLargestLog2 = 20;
+const int kColumnLimit = 1024;    // numbers read from a column
+const size_t kMostIssues = 10000; // of a file
 
 [[noreturn]] void refuse(const std::string &path, const std::string &what) {
   throw Failure(kInputError, input_name(path) + ": " + what);
+}
+
+void add_issue(LutScan &scan, const LutIssue &issue) {
+  if (scan.issues.size() == kMostIssues) {
+    throw Failure(kInputError, issue_text(scan, issue) + format("; more than %zu faults", kMostIssues));
+  }
+  scan.issues.push_back(issue);
 }
 
 int numbers_in(const char *text) {
@@ -50,7 +59,7 @@ std::string find_layout(const std::string &path, std::FILE *f) {
   if (columns < 3) {
     return "column";
   }
-  return fractions || (size > 2 && size <= 24 && count == 1LL << size) ? "decimal" : "integer";
+  return fractions || (size > 2 && size <= kLargestLog2 && count == 1LL << size) ? "decimal" : "integer";
 }
 
 // A header line "KEYWORD number" within limits; false for any other line.
@@ -83,12 +92,12 @@ bool scan_codes(const char *text, bool decimal, LutEntry &entry, const char **re
 
 void scan_three(LutScan &scan) {
   const bool decimal = scan.layout == "decimal";
-  const auto add = [&](long line, bool fatal, const std::string &text) { scan.issues.push_back({line, fatal, text}); };
+  const auto add = [&](long line, bool fatal, const std::string &text) { add_issue(scan, {line, fatal, text}); };
   Lines<1024> lines(scan.file.get());
   bool more = lines.next();
   long long size = decimal ? 10 : 1024;
   long long bits = decimal ? 8 : 16;
-  if (header(scan, lines, "LUT_1D_SIZE", decimal ? 1 : 2, decimal ? 24 : kLargest, &size)) {
+  if (header(scan, lines, "LUT_1D_SIZE", decimal ? 1 : 2, decimal ? kLargestLog2 : kLargest, &size)) {
     more = lines.next();
     if (more && header(scan, lines, "LUT_1D_BITS", 1, 30, &bits)) {
       more = lines.next();
@@ -134,7 +143,7 @@ void scan_three(LutScan &scan) {
 }
 
 void scan_column(LutScan &scan) {
-  const auto add = [&](long line, bool fatal, const std::string &text) { scan.issues.push_back({line, fatal, text}); };
+  const auto add = [&](long line, bool fatal, const std::string &text) { add_issue(scan, {line, fatal, text}); };
   for (Lines<128> lines(scan.file.get()); lines.next();) {
     float v = 0.0F;
     int end = 0;

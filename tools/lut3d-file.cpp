@@ -103,6 +103,8 @@ bool has_title(const char *line) {
   return title != nullptr && title[5 + std::strspn(title + 5, " \t\n\v\f\r")] == '"';
 }
 
+const size_t kMostWarnings = 1000; // of a file
+
 // What a cube file holds beside what its reader takes.
 class CubeScan {
 public:
@@ -119,7 +121,12 @@ private:
 
   [[noreturn]] void refuse(const std::string &what) const { throw Failure(kInputError, here() + what); }
 
-  void warn(const std::string &what) { warnings_.push_back(here() + what); }
+  void warn(const std::string &what) {
+    if (warnings_.size() == kMostWarnings) {
+      refuse(what + format("; more than %zu warnings", kMostWarnings));
+    }
+    warnings_.push_back(here() + what);
+  }
 
   void read_header() {
     while (size_ == 0) {

@@ -4,8 +4,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -58,7 +56,7 @@ void on_text(void *data, const char *text, int length) {
 }
 
 Scan read_elements(const std::string &path) {
-  const File f = open_input(path, "an LCNR file");
+  const std::string text = read_text(path, "an LCNR file");
   const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
   if (parser == nullptr) {
     refuse(path, "cannot read: out of memory");
@@ -68,18 +66,9 @@ Scan read_elements(const std::string &path) {
   XML_SetUserData(parser.get(), &scan);
   XML_SetElementHandler(parser.get(), on_start, on_end);
   XML_SetCharacterDataHandler(parser.get(), on_text);
-  std::array<char, 65536> block;
-  bool done = false;
-  while (!done) {
-    const size_t length = std::fread(block.data(), 1, block.size(), f.get());
-    if (std::ferror(f.get()) != 0) {
-      refuse(path, std::string("cannot read: ") + std::strerror(errno));
-    }
-    done = length < block.size();
-    if (XML_Parse(parser.get(), block.data(), static_cast<int>(length), done ? 1 : 0) != XML_STATUS_OK) {
-      throw Failure(kInputError, format("%s:%lu: not XML: %s", path.c_str(), XML_GetCurrentLineNumber(parser.get()),
-                                        XML_ErrorString(XML_GetErrorCode(parser.get()))));
-    }
+  if (XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), 1) != XML_STATUS_OK) {
+    throw Failure(kInputError, format("%s:%lu: not XML: %s", path.c_str(), XML_GetCurrentLineNumber(parser.get()),
+                                      XML_ErrorString(XML_GetErrorCode(parser.get()))));
   }
   return scan;
 }
