@@ -10,7 +10,7 @@ static long count;
 
 static double moved(double x) {
   count++;
-  return x == 0.0 ? x : nextafter(x, *getenv("MOVED_LIBM") == 'u' ? INFINITY : -INFINITY);
+  return x == 0.0 ? x : nextafter(x, *getenv("MOVED_LIBM") == 'u' ? (double)INFINITY : -(double)INFINITY);
 }
 
 __attribute__((destructor)) static void tell(void) {
