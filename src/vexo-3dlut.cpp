@@ -57,8 +57,10 @@ size_t table_bytes(int size) {
 
 size_t entry_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / sizeof(vexo_vector); }
 
-// A table whose entries are all to be set. One that a file promises and does not deliver never becomes resident.
-OwnedLut created(int size, const char *title) {
+enum class Entries { zero, to_be_set };
+
+// A table. One that a file promises and does not deliver never becomes resident.
+OwnedLut created(int size, const char *title, Entries entries = Entries::to_be_set) {
   const size_t bytes = table_bytes(size);
   if (bytes == 0) {
     return nullptr;
@@ -67,7 +69,7 @@ OwnedLut created(int size, const char *title) {
   if (lut == nullptr) {
     return nullptr;
   }
-  lut->d = static_cast<vexo_vector *>(malloc(bytes));
+  lut->d = static_cast<vexo_vector *>(entries == Entries::zero ? calloc(bytes, 1) : malloc(bytes));
   if (lut->d == nullptr) {
     return nullptr;
   }
@@ -95,13 +97,7 @@ template <typename Next> vexo_3dlut *filled(OwnedLut lut, Next next) {
 
 } // namespace
 
-vexo_3dlut *vexo_3dlut_create(int size, const char *title) {
-  OwnedLut lut = created(size, title);
-  if (lut != nullptr) {
-    memset(lut->d, 0, table_bytes(size));
-  }
-  return lut.release();
-}
+vexo_3dlut *vexo_3dlut_create(int size, const char *title) { return created(size, title, Entries::zero).release(); }
 
 void vexo_3dlut_destroy(vexo_3dlut *lut) {
   free(lut->title);
