@@ -19,6 +19,7 @@
 #include "vexo-text.h"
 
 using vexo_internal::blend;
+using vexo_internal::kBigEndian;
 using vexo_internal::LineWriter;
 using vexo_internal::nearest;
 using vexo_internal::NumberLocale;
@@ -636,17 +637,15 @@ struct Model {
 int depth_of(const vexo_dat_3dlut_header &header) { return static_cast<int>(header_integer(header.nbits)); }
 
 // Files have their words most significant byte first.
-const bool kTurns = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
-
 VEXO_VECTORISED void turn(uint32_t *word, size_t count) {
   for (size_t i = 0; i < count; i++) {
-    word[i] = kTurns ? __builtin_bswap32(word[i]) : word[i];
+    word[i] = kBigEndian ? word[i] : __builtin_bswap32(word[i]);
   }
 }
 
 void turn(uint64_t *word, size_t count) {
   for (size_t i = 0; i < count; i++) {
-    word[i] = kTurns ? __builtin_bswap64(word[i]) : word[i];
+    word[i] = kBigEndian ? word[i] : __builtin_bswap64(word[i]);
   }
 }
 

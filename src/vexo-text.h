@@ -16,24 +16,23 @@ namespace vexo_internal {
 
 // ---- Several characters at once, the first in the lowest byte whatever the host's order
 
+const bool kBigEndian = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
+
 inline uint32_t load_two(const char *text) {
-  return static_cast<unsigned char>(text[0]) | static_cast<uint32_t>(static_cast<unsigned char>(text[1])) << 8;
+  uint16_t characters;
+  memcpy(&characters, text, sizeof characters);
+  return kBigEndian ? __builtin_bswap16(characters) : characters;
 }
 
 inline uint64_t load_eight(const char *text) {
-  const auto byte = [text](int i) { return uint64_t{static_cast<unsigned char>(text[i])} << 8 * i; };
-  return byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
+  uint64_t characters;
+  memcpy(&characters, text, sizeof characters);
+  return kBigEndian ? __builtin_bswap64(characters) : characters;
 }
 
 inline void store_eight(char *text, uint64_t characters) {
-  text[0] = static_cast<char>(characters & 0xFFU);
-  text[1] = static_cast<char>(characters >> 8 & 0xFFU);
-  text[2] = static_cast<char>(characters >> 16 & 0xFFU);
-  text[3] = static_cast<char>(characters >> 24 & 0xFFU);
-  text[4] = static_cast<char>(characters >> 32 & 0xFFU);
-  text[5] = static_cast<char>(characters >> 40 & 0xFFU);
-  text[6] = static_cast<char>(characters >> 48 & 0xFFU);
-  text[7] = static_cast<char>(characters >> 56);
+  characters = kBigEndian ? __builtin_bswap64(characters) : characters;
+  memcpy(text, &characters, sizeof characters);
 }
 
 const uint64_t kEightZeros = 0x3030303030303030;  // "00000000"
