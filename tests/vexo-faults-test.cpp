@@ -267,7 +267,7 @@ TEST(Faults, WritesThatFailInTheMiddle) {
                  {[&](FILE *f) { return vexo_3dlut_dump_coe(lut.get(), f, 10); }, false, false},
                  {[&](FILE *f) { return vexo_luts_store_int(f, luts, 10); }, false, false},
                  {[&](FILE *f) { return vexo_lut_dump(f, luts, nullptr); }, false, false},
-                 {[&](FILE *f) { return vexo_dump_gray(f, &panel); }, false, false},
+                 {[&](FILE *f) { return vexo_lut_dump_gray_gamma(f, &panel, luts); }, false, false},
                  {[&](FILE *f) { return vexo_matrix_store(f, &cs.npm); }, false, true},
                  {[&](FILE *f) { return vexo_vector_store(f, &cs.r); }, false, true},
                  {[&](FILE *f) { return vexo_cs_store(f, &cs); }, false, true}};
