@@ -355,7 +355,7 @@ float vexo_lut_inverse(vexo_lut *lut, float y) {
   if (y <= 0.0F) {
     return 0.0F;
   }
-  if (y >= 1.0F) {
+  if (y >= 1.0F || lut->size < 2) {
     return 1.0F;
   }
   return position_between(lut, first_reached(lut->d + 1, lut->size - 1, y), y);
