@@ -206,7 +206,7 @@ void misuse_tables(FILE *f) {
 TEST(Misuse, EveryFamily) {
   FILE *f = fopen("/dev/null", "w+");
   diagnostics([f] {
-    for (int n = 0; n < 4000; n++) {
+    for (int n = 0; n < 2000; n++) {
       misuse_vectors();
       misuse_spaces(f);
       misuse_curves(f);
