@@ -131,15 +131,16 @@ void misuse_spaces(FILE *f) {
 void misuse_curves(FILE *f) {
   Luts a(any_of({0, 1, 2, 3, 33, 1500}));
   Luts b(any_of({0, 1, 2, 3, 33}));
+  Luts out(any_of({0, 1, 2, 3, 33}));
   vexo_gamma camera = any_gamma();
   vexo_gamma system = any_gamma();
   vexo_gamma_evaluate(&camera, any_float());
   vexo_gamma_inverse(&camera, any_float());
   vexo_lut_evaluate(&a.lut[0], any_float());
   vexo_lut_inverse(&a.lut[0], any_float());
-  vexo_lut_dup(&b.lut[0], &a.lut[0]);
-  vexo_convert_lut(&b.lut[1], &a.lut[1]);
-  vexo_lut_merge(&a.lut[0], &b.lut[1], &b.lut[2]);
+  vexo_lut_dup(&out.lut[0], &a.lut[0]);
+  vexo_convert_lut(&out.lut[1], &a.lut[1]);
+  vexo_lut_merge(&a.lut[0], &b.lut[1], &out.lut[2]);
   vexo_gamma_lut_invert(&b.lut[0], &camera, &system, &a.lut[0]);
   vexo_gamma_lut_invert_2(&b.lut[1], &camera, &system, &a.lut[1]);
   vexo_gamma_generate_lut(&camera, &system, &b.lut[2]);
