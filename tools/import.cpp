@@ -213,7 +213,7 @@ void add_three(const std::string &path, const CsvLine &line, Ramps &ramps) {
   const float level = level_of(path, line);
   for (int c = 0; c < 3; c++) {
     float XYZ[3];
-    read_XYZ(path, line, static_cast<size_t>(1 + 3 * c), XYZ);
+    read_XYZ(path, line, 1 + 3 * static_cast<size_t>(c), XYZ);
     ramps.add(c, level, XYZ);
   }
 }

@@ -95,6 +95,7 @@ int run(int argc, char **argv) {
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): std::terminate is right for what CLI11 could throw beyond these
 int main(int argc, char **argv) {
   int code = kDone;
   try {
