@@ -119,7 +119,8 @@ void vexo_interpolate_linear(int num, int *nx, float *ny, float *lut);
 
 /**
  * Makes data strictly increasing without touching its ends: entries that dip, repeat or overshoot the last
- * are replaced by the straight line between the good entries around them.
+ * are replaced by the straight line between the good entries around them. Entries of a line whose ends are too
+ * near for single precision come out equal.
  * @return 0, or -1 with the data unchanged unless the last entry is above the first.
  */
 int vexo_data_normalize(float *data, int size);

@@ -255,7 +255,7 @@ LutSet load_luts(const LutScan &scan) {
   } else {
     status = (scan.layout == "decimal" ? vexo_luts_load_file : vexo_luts_load_int)(f, luts.get());
   }
-  if (status != 0) {
+  if (status != 0 || std::ferror(f) != 0) { // to the library a column ends where reading does
     refuse(scan.path, std::ferror(f) != 0 ? "read failed" : "out of memory");
   }
   return luts;
