@@ -318,9 +318,10 @@ int vexo_xyz_cct(float *xyz) {
   const float us = static_cast<float>(4.0 * X / den);
   const float vs = static_cast<float>(6.0 * Y / den);
 
-  float dm = NAN; // nothing before the first line
-  for (int i = 0; i < kLines; i++) {
-    const float di = vs - uvt[i].v - uvt[i].t * (us - uvt[i].u);
+  const auto distance = [us, vs](int i) { return vs - uvt[i].v - uvt[i].t * (us - uvt[i].u); };
+  float dm = distance(0);
+  for (int i = 1; i < kLines; i++) {
+    const float di = distance(i);
     if ((di < 0.0F) != (dm < 0.0F) && !std::isnan(dm) && !std::isnan(di)) {
       const float before = normalised(dm, i - 1);
       const float p = before / (before - normalised(di, i));

@@ -8,12 +8,11 @@
 std::string format(const char *pattern, ...) {
   va_list args;
   va_start(args, pattern);
-  va_list again;
-  va_copy(again, args);
   std::string text(static_cast<size_t>(std::vsnprintf(nullptr, 0, pattern, args)), '\0');
   va_end(args);
-  std::vsnprintf(text.data(), text.size() + 1, pattern, again);
-  va_end(again);
+  va_start(args, pattern);
+  std::vsnprintf(text.data(), text.size() + 1, pattern, args);
+  va_end(args);
   return text;
 }
 
