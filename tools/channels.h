@@ -1,4 +1,4 @@
-// What messages call the channels and the tristimulus components.
+// What messages and charts call the channels and the tristimulus components.
 #ifndef VEXO_TOOLS_CHANNELS_H
 #define VEXO_TOOLS_CHANNELS_H
 

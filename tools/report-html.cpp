@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "channels.h"
 #include "chart.h"
 #include "report.h"
 #include "text.h"
@@ -126,14 +127,14 @@ void fit_to_bright(Chart *chart, double least_span) {
 double balance_of(const GrayFigure &step, int channel) { return step.balance[channel]; }
 
 Chart balance_chart(const Report &report) {
-  const char *const names[3] = {"red", "green", "blue"};
   Chart chart = level_chart(
       report, "balance", "RGB balance", "% of the target white", 2,
       [](const GrayFigure &s) { return balance_of(s, 0); }, false);
   chart.series.clear();
   for (const Ramp &ramp : ramps(report)) {
     for (int c = 0; c < 3; c++) {
-      ChartSeries series = {std::string(names[c]) + " " + ramp.name, std::string(names[c]) + " " + ramp.style, {}};
+      ChartSeries series = {
+          std::string(kChannels[c]) + " " + ramp.name, std::string(kChannels[c]) + " " + ramp.style, {}};
       for (const GrayFigure &step : *ramp.steps) {
         series.points.push_back({step.input * 100.0, balance_of(step, c)});
       }
@@ -197,23 +198,28 @@ Chart temperature_chart(const Report &report) {
   return chart;
 }
 
+// A curve a channel through the points that point(channel, index) gives.
+template <typename Point> void add_channels(Chart *chart, int count, Point point) {
+  for (int c = 0; c < 3; c++) {
+    ChartSeries series = {kChannels[c], kChannels[c], {}};
+    for (int i = 0; i < count; i++) {
+      series.points.push_back(point(c, i));
+    }
+    chart->series.push_back(series);
+  }
+}
+
 Chart luts_chart(const Report &report) {
   Chart chart;
   chart.id = "luts";
   chart.title = "The three LUTs";
   chart.x = {"input, %", 0.0, 100.0, 1};
   chart.y = {"drive, %", 0.0, 100.0, 2};
-  const char *const names[3] = {"red", "green", "blue"};
   vexo_lut *luts = report.source.luts->get();
-  for (int c = 0; c < 3; c++) {
-    ChartSeries series = {names[c], names[c], {}};
-    for (int i = 0; i <= 100; i++) {
-      const float position = static_cast<float>(i) / 100.0F * static_cast<float>(luts[c].size - 1);
-      series.points.push_back(
-          {static_cast<double>(i), static_cast<double>(vexo_lut_evaluate(&luts[c], position)) * 100.0});
-    }
-    chart.series.push_back(series);
-  }
+  add_channels(&chart, 101, [luts](int c, int percent) {
+    const float position = static_cast<float>(percent) / 100.0F * static_cast<float>(luts[c].size - 1);
+    return ChartPoint{static_cast<double>(percent), static_cast<double>(vexo_lut_evaluate(&luts[c], position)) * 100.0};
+  });
   chart.summary =
       format("Full drive after correction: red %.1f %%, green %.1f %%, blue %.1f %%.", chart.series[0].points.back().y,
              chart.series[1].points.back().y, chart.series[2].points.back().y);
@@ -226,18 +232,13 @@ Chart response_chart(const Report &report) {
   chart.title = "Measured channel responses";
   chart.x = {"drive, %", 0.0, 100.0, 1};
   chart.y = {"luminance above black, % of full", 0.0, 0.0, 3};
-  const char *const names[3] = {"red", "green", "blue"};
   const vexo_lcnr &lcnr = report.source.used;
   const int top = lcnr.num - 1;
-  for (int c = 0; c < 3; c++) {
+  add_channels(&chart, lcnr.num, [&lcnr, top](int c, int i) {
     const float *Y = lcnr.data[c][1];
-    ChartSeries series = {names[c], names[c], {}};
-    for (int i = 0; i <= top; i++) {
-      series.points.push_back({static_cast<double>(lcnr.sample[i] / lcnr.sample[top]) * 100.0,
-                               static_cast<double>((Y[i] - Y[0]) / (Y[top] - Y[0])) * 100.0});
-    }
-    chart.series.push_back(series);
-  }
+    return ChartPoint{static_cast<double>(lcnr.sample[i] / lcnr.sample[top]) * 100.0,
+                      static_cast<double>((Y[i] - Y[0]) / (Y[top] - Y[0])) * 100.0};
+  });
   chart.summary = format("%d rows, straight lines between them as the panel model has it.", lcnr.num);
   return chart;
 }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <vector>
 
+#include "../../src/vexo-exact.h"
 #include "vexo.h"
 
 namespace plain {
@@ -24,20 +25,8 @@ const int kToe = 16;
 using Column = float[kLevels];
 using Table = Column[3];
 
-inline float blend(float a, float b, float t) {
-  return static_cast<float>(static_cast<double>(t * b) + static_cast<double>(a) * (1.0 - static_cast<double>(t)));
-}
-
-inline float table_at(const float *table, int last, float p) {
-  if (!(p >= 0.0F)) {
-    return table[0];
-  }
-  if (static_cast<double>(p) >= static_cast<double>(last)) {
-    return table[last];
-  }
-  const int left = static_cast<int>(p);
-  return blend(table[left], table[left + 1], p - static_cast<float>(left));
-}
+using vexo_internal::blend;
+using vexo_internal::table_at;
 
 inline bool xyY_valid(const vexo_vector *xyY) {
   const auto &d = xyY->d;
@@ -137,38 +126,6 @@ inline float normalised_input(int i, int size) {
 // The normalised distance between the entries of a table of size entries.
 inline float step_of(int size) { return static_cast<float>(1.0 / (static_cast<double>(size) - 1.0)); }
 
-inline float gamma_evaluate(vexo_gamma *gamma, float x) {
-  if (x <= 0.0F) {
-    return 0.0F;
-  }
-  if (x >= 1.0F) {
-    return 1.0F;
-  }
-  if (x < gamma->transition) {
-    return gamma->slope * x;
-  }
-  const double offset = static_cast<double>(gamma->offset);
-  const double power = std::pow(static_cast<double>(x), static_cast<double>(gamma->gamma));
-  return static_cast<float>((offset + 1.0) * power - offset);
-}
-
-inline float gamma_inverse(vexo_gamma *gamma, float y) {
-  if (y <= 0.0F) {
-    return 0.0F;
-  }
-  if (y >= 1.0F) {
-    return 1.0F;
-  }
-  if (y < gamma->slope * gamma->transition) {
-    return y / gamma->slope;
-  }
-  if (gamma->gamma == 0.0F) {
-    return -1.0F;
-  }
-  const double base = static_cast<double>(y + gamma->offset) / (static_cast<double>(gamma->offset) + 1.0);
-  return static_cast<float>(std::pow(base, 1.0 / static_cast<double>(gamma->gamma)));
-}
-
 inline float lut_inverse(vexo_lut *lut, float y) {
   if (y <= 0.0F) {
     return 0.0F;
@@ -227,8 +184,8 @@ inline void gamma_lut_invert(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syst
   }
   const float lut_step = step_of(lut->size);
   for (int i = 0; i < lut->size; i++) {
-    const float scene = gamma_inverse(camera, static_cast<float>(i) * lut_step);
-    lut->d[i] = lut_inverse(panel, gamma_evaluate(system, scene));
+    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
+    lut->d[i] = lut_inverse(panel, vexo_gamma_evaluate(system, scene));
   }
 }
 
@@ -541,7 +498,7 @@ inline void make_ramps(Luts *luts) {
   vexo_gamma linear = {0.0F, 0.0F, 1.0F, 0.0F};
   for (vexo_lut &lut : luts->lut) {
     for (int i = 0; i < kLevels; i++) {
-      lut.d[i] = gamma_evaluate(&linear, normalised_input(i, kLevels));
+      lut.d[i] = vexo_gamma_evaluate(&linear, normalised_input(i, kLevels));
     }
   }
 }
