@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "library/plain/vexo-3dlut-plain.h"
+#include "library/plain/vexo-text-plain.h"
 #include "lut3d.h"
-#include "plain/vexo-3dlut-plain.h"
-#include "plain/vexo-text-plain.h"
 
 namespace {
 

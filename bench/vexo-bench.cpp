@@ -4,8 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "library/plain/vexo-plain.h"
 #include "panel-model.h"
-#include "plain/vexo-plain.h"
 
 namespace {
 

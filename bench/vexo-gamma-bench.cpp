@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "plain/vexo-plain.h"
+#include "library/plain/vexo-plain.h"
 
 namespace {
 

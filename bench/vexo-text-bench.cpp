@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "plain/vexo-text-plain.h"
+#include "library/plain/vexo-text-plain.h"
 #include "vexo-gamma.h"
 
 namespace {

@@ -12,11 +12,11 @@
 #include <memory>
 #include <utility>
 
-#include "vexo-clones.h"
-#include "vexo-exact.h"
-#include "vexo-locale.h"
-#include "vexo-stream.h"
-#include "vexo-text.h"
+#include "base/clones.h"
+#include "base/exact.h"
+#include "base/lines.h"
+#include "base/locale.h"
+#include "base/numbers.h"
 
 using vexo_internal::blend;
 using vexo_internal::kBigEndian;

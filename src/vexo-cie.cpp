@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "vexo-text.h"
+#include "base/numbers.h"
 #include "vexo-xyY.h"
 
 using vexo_internal::mix_weighted;

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "vexo-exact.h"
+#include "base/exact.h"
 
 namespace {
 

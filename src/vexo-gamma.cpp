@@ -9,12 +9,12 @@
 #include <cstring>
 #include <memory>
 
+#include "base/exact.h"
+#include "base/lines.h"
+#include "base/locale.h"
+#include "base/numbers.h"
+#include "base/search.h"
 #include "vexo-curve.h"
-#include "vexo-exact.h"
-#include "vexo-locale.h"
-#include "vexo-search.h"
-#include "vexo-stream.h"
-#include "vexo-text.h"
 
 using vexo_internal::blend;
 using vexo_internal::first_reached;

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <memory>
 
-#include "vexo-locale.h"
+#include "base/lines.h"
+#include "base/locale.h"
+#include "base/numbers.h"
 #include "vexo-rows.h"
-#include "vexo-stream.h"
-#include "vexo-text.h"
 #include "vexo.h"
 
 using vexo_internal::kRows;

@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "vexo-exact.h"
-#include "vexo-locale.h"
+#include "base/exact.h"
+#include "base/locale.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Interpolation over the corners of a lattice cell, each step the library's shared blend.
 #include "vexo-util.h"
 
-#include "vexo-exact.h"
+#include "base/exact.h"
 
 using vexo_internal::blend;
 

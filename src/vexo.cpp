@@ -6,13 +6,13 @@
 #include <cmath>
 #include <cstdio>
 
-#include "vexo-clones.h"
+#include "base/clones.h"
+#include "base/exact.h"
+#include "base/locale.h"
+#include "base/search.h"
 #include "vexo-cs.h"
 #include "vexo-curve.h"
-#include "vexo-exact.h"
-#include "vexo-locale.h"
 #include "vexo-rows.h"
-#include "vexo-search.h"
 #include "vexo-xyY.h"
 
 using vexo_internal::blend;

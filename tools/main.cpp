@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "commands.h"
-#include "failure.h"
-#include "grammar.h"
-#include "verbose.h"
+#include "command/commands.h"
+#include "text/failure.h"
+#include "text/grammar.h"
+#include "text/verbose.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "../plain/vexo-text-plain.h"
+#include "library/plain/vexo-text-plain.h"
 #include "lut3d.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // The eeColor readers: stream and file agree with the plain form. The first byte tells the size.
-#include "../plain/vexo-text-plain.h"
+#include "library/plain/vexo-text-plain.h"
 #include "lut3d.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

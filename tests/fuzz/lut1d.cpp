@@ -1,7 +1,7 @@
 // The three 1D text readers against their plain forms; what is written reads back.
-#include "../bits.h"
-#include "../plain/vexo-text-plain.h"
+#include "bits.h"
 #include "fuzz.h"
+#include "library/plain/vexo-text-plain.h"
 
 namespace {
 

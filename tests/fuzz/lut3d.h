@@ -2,8 +2,8 @@
 #ifndef VEXO_TESTS_FUZZ_LUT3D_H
 #define VEXO_TESTS_FUZZ_LUT3D_H
 
-#include "../bits.h"
 #include "../lut3d.h"
+#include "bits.h"
 #include "fuzz.h"
 
 inline std::string title_of(const Lut &lut) {

@@ -1,6 +1,6 @@
 // 1D LUT files as the tool reads them: its own look at the lines agrees with the library's reader.
-#include "../../tools/lut-set.h"
-#include "../bits.h"
+#include "bits.h"
+#include "file/luts.h"
 #include "tool.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

@@ -1,5 +1,5 @@
 // 3D LUT files as the tool reads them: what its own look accepts, the library reads. The first byte tells the format.
-#include "../../tools/lut3d-file.h"
+#include "file/lut3d.h"
 #include "tool.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

@@ -1,8 +1,8 @@
 // Files of measurements. Panels and imports give rows that rise from black; what is written reads back.
-#include "../../tools/csv.h"
-#include "../../tools/import.h"
-#include "../../tools/panel-file.h"
-#include "../../tools/text.h"
+#include "file/csv.h"
+#include "file/import.h"
+#include "file/panel.h"
+#include "text/text.h"
 #include "tool.h"
 
 namespace {

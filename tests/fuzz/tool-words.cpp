@@ -4,10 +4,10 @@
 #include <cstring>
 #include <vector>
 
-#include "../../tools/csv.h"
-#include "../../tools/grammar.h"
-#include "../../tools/text.h"
-#include "../bits.h"
+#include "bits.h"
+#include "file/csv.h"
+#include "text/grammar.h"
+#include "text/text.h"
 #include "tool.h"
 
 namespace {

@@ -2,8 +2,8 @@
 #ifndef VEXO_TESTS_FUZZ_TOOL_H
 #define VEXO_TESTS_FUZZ_TOOL_H
 
-#include "../../tools/failure.h"
 #include "fuzz.h"
+#include "text/failure.h"
 
 // Whether run() ended well. A reader refuses inputs and words; no input is too large for these runs.
 template <typename Run> bool accepted(Run run) {

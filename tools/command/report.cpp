@@ -1,0 +1,46 @@
+// vexo report: the calibration report for LUTs that exist already.
+#include <CLI/CLI.hpp>
+
+#include "calibration/condition.h"
+#include "command/commands.h"
+#include "command/shared-options.h"
+#include "text/failure.h"
+
+namespace {
+
+struct Options {
+  std::string panel;
+  std::string luts;
+  TargetOptions target;
+  ReportOptions report;
+};
+
+void run(const Options &options, const std::string &command_line) {
+  ReportSource source;
+  source.target = parse_target(options.target);
+  Panel panel = read_panel(options.panel);
+  source.notes = condition_aloud(&panel);
+  LutSet luts = read_luts(options.luts);
+  source.panel = &panel;
+  source.used = panel.lcnr;
+  source.recipe = "not known: the LUTs were read from a file";
+  source.luts = &luts;
+  source.luts_name = options.luts;
+  source.command_line = command_line;
+  write_reports(options.report, source);
+}
+
+} // namespace
+
+void add_report(CLI::App &app, const std::string &command_line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App *command = app.add_subcommand("report", "Write the calibration report of a panel and its LUTs");
+  command->add_option("PANEL.xml", options->panel, "LCNR file: ramps of red, green and blue, each driven alone")
+      ->required();
+  command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file")->required();
+  command->add_option("-o,--output", options->report.html, "HTML file to write; - for standard output")->required();
+  add_target_options(command, options->target);
+  add_report_options(command, options->report);
+  command->footer("Example: vexo report panel.xml luts.txt -o report.html --white D65 --gamma 2.2");
+  command->callback([options, command_line] { run(*options, command_line); });
+}

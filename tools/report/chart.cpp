@@ -1,0 +1,254 @@
+#include "report/chart.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "text/text.h"
+
+namespace {
+
+const double kWidth = 640.0;
+const double kHeight = 340.0;
+const double kSquareHeight = 560.0; // where one unit is as long on both axes
+const double kLeft = 64.0;          // margins around the plot
+const double kRight = 16.0;
+const double kTop = 12.0;
+const double kBottom = 44.0;
+
+struct Range {
+  double low;
+  double high;
+};
+
+// The range of an axis in the data and what is drawn beside it, with a little air.
+Range data_range(const Chart &chart, bool vertical) {
+  Range range = {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+  const auto include = [&](double value) {
+    if (std::isfinite(value)) {
+      range.low = std::min(range.low, value);
+      range.high = std::max(range.high, value);
+    }
+  };
+  for (const ChartSeries &series : chart.series) {
+    for (const ChartPoint &point : series.points) {
+      include(vertical ? point.y : point.x);
+    }
+  }
+  for (const ChartReference &reference : chart.references) {
+    if (vertical) {
+      include(reference.y);
+    }
+  }
+  if (!(range.low <= range.high)) {
+    return Range{0.0, 1.0};
+  }
+  const double air =
+      range.high > range.low ? (range.high - range.low) * 0.05 : std::max(std::fabs(range.low) * 0.05, 0.5);
+  return Range{range.low >= 0.0 && range.low < air ? 0.0 : range.low - air, range.high + air};
+}
+
+Range axis_range(const Chart &chart, const ChartAxis &axis, bool vertical) {
+  return axis.low < axis.high ? Range{axis.low, axis.high} : data_range(chart, vertical);
+}
+
+// A step of 1, 2 or 5 times a power of ten that gives about the wanted number of ticks.
+double tick_step(const Range &range, int wanted) {
+  const double rough = (range.high - range.low) / wanted;
+  const double power = std::pow(10.0, std::floor(std::log10(rough)));
+  for (const double factor : {1.0, 2.0, 5.0}) {
+    if (rough <= factor * power) {
+      return factor * power;
+    }
+  }
+  return 10.0 * power;
+}
+
+class Plot {
+public:
+  explicit Plot(const Chart &chart)
+      : chart_(chart), total_height_(chart.square ? kSquareHeight : kHeight), x_(axis_range(chart, chart.x, false)),
+        y_(axis_range(chart, chart.y, true)) {
+    if (chart.square) {
+      make_square();
+    }
+  }
+
+  std::string svg() {
+    out_ = format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-labelledby=\"%s-t %s-d\">\n", kWidth, total_height_,
+                  chart_.id.c_str(), chart_.id.c_str());
+    out_ += "<title id=\"" + chart_.id + "-t\">" + escaped(chart_.title) + "</title>\n";
+    out_ += "<desc id=\"" + chart_.id + "-d\">" + escaped(chart_.summary) + "</desc>\n";
+    out_ += format("<clipPath id=\"%s-c\"><rect x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/></clipPath>\n",
+                   chart_.id.c_str(), kLeft, kTop, width(), height());
+    shade();
+    axes();
+    for (const ChartSeries &series : chart_.series) {
+      draw(series);
+    }
+    references();
+    return out_ + "</svg>\n";
+  }
+
+private:
+  static double width() { return kWidth - kLeft - kRight; }
+  double height() const { return total_height_ - kTop - kBottom; }
+  double px(double x) const { return kLeft + (x - x_.low) / (x_.high - x_.low) * width(); }
+  double py(double y) const { return kTop + (y_.high - y) / (y_.high - y_.low) * height(); }
+  bool inside(const ChartPoint &p) const { return p.x >= x_.low && p.x <= x_.high && p.y >= y_.low && p.y <= y_.high; }
+
+  void make_square() {
+    const double unit = std::max((x_.high - x_.low) / width(), (y_.high - y_.low) / height());
+    widen(&x_, unit * width());
+    widen(&y_, unit * height());
+  }
+
+  static void widen(Range *range, double span) {
+    const double centre = 0.5 * (range->low + range->high);
+    *range = Range{centre - 0.5 * span, centre + 0.5 * span};
+  }
+
+  void shade() {
+    if (chart_.shaded_below > 0.0) {
+      const double right = std::min(px(chart_.shaded_below), kLeft + width());
+      out_ +=
+          format("<rect class=\"shade\" x=\"%.2f\" y=\"%g\" width=\"%.2f\" height=\"%g\"><title>%s</title></rect>\n",
+                 kLeft, kTop, right - kLeft, height(), escaped(chart_.shaded_label).c_str());
+    }
+  }
+
+  void axes() {
+    const double x_step = tick_step(x_, 10);
+    for (double x = std::ceil(x_.low / x_step - 1e-9) * x_step; x <= x_.high + x_step * 1e-9; x += x_step) {
+      out_ += format("<line class=\"grid\" x1=\"%.2f\" y1=\"%g\" x2=\"%.2f\" y2=\"%g\"/>", px(x), kTop, px(x),
+                     kTop + height());
+      out_ += format("<text class=\"tick\" x=\"%.2f\" y=\"%g\" text-anchor=\"middle\">%.6g</text>\n", px(x),
+                     kTop + height() + 20.0, tidy(x, x_step));
+    }
+    const double y_step = tick_step(y_, 6);
+    for (double y = std::ceil(y_.low / y_step - 1e-9) * y_step; y <= y_.high + y_step * 1e-9; y += y_step) {
+      out_ += format("<line class=\"grid\" x1=\"%g\" y1=\"%.2f\" x2=\"%g\" y2=\"%.2f\"/>", kLeft, py(y),
+                     kLeft + width(), py(y));
+      out_ += format("<text class=\"tick\" x=\"%g\" y=\"%.2f\" text-anchor=\"end\">%.6g</text>\n", kLeft - 6.0,
+                     py(y) + 4.0, tidy(y, y_step));
+    }
+    out_ += format("<text class=\"label\" x=\"%g\" y=\"%g\" text-anchor=\"middle\">%s</text>\n", kLeft + 0.5 * width(),
+                   total_height_ - 8.0, escaped(chart_.x.label).c_str());
+    out_ +=
+        format("<text class=\"label\" transform=\"translate(14 %g) rotate(-90)\" text-anchor=\"middle\">%s</text>\n",
+               kTop + 0.5 * height(), escaped(chart_.y.label).c_str());
+  }
+
+  // A tick at zero is not a rounding error beside it.
+  static double tidy(double value, double step) { return std::fabs(value) < step * 1e-6 ? 0.0 : value; }
+
+  void references() {
+    for (const ChartReference &reference : chart_.references) {
+      if (reference.y >= y_.low && reference.y <= y_.high) {
+        out_ += format("<line class=\"reference\" x1=\"%g\" y1=\"%.2f\" x2=\"%g\" y2=\"%.2f\"/>", kLeft,
+                       py(reference.y), kLeft + width(), py(reference.y));
+        out_ += format("<text class=\"tick note\" x=\"%g\" y=\"%.2f\" text-anchor=\"end\">%s</text>\n",
+                       kLeft + width() - 4.0, py(reference.y) - 4.0, escaped(reference.label).c_str());
+      }
+    }
+  }
+
+  void draw(const ChartSeries &series) {
+    out_ += format("<g class=\"%s\" clip-path=\"url(#%s-c)\">\n", series.style.c_str(), chart_.id.c_str());
+    if (series.line) {
+      draw_line(series);
+    }
+    for (const ChartPoint &p : series.points) {
+      if (series.marks && std::isfinite(p.y) && inside(p)) {
+        out_ += format("<circle class=\"%s\" cx=\"%.2f\" cy=\"%.2f\" r=\"%d\"><title>%s: %.*f, %.*f</title></circle>\n",
+                       series.line ? "point" : "mark", px(p.x), py(p.y), series.line ? 5 : 4,
+                       escaped(series.name).c_str(), chart_.x.decimals, p.x, chart_.y.decimals, p.y);
+      }
+    }
+    out_ += "</g>\n";
+  }
+
+  void draw_line(const ChartSeries &series) {
+    std::string path;
+    bool pen_down = false;
+    for (const ChartPoint &p : series.points) {
+      if (std::isfinite(p.y)) {
+        // Far outside, coordinates are cut: the clip hides them anyway.
+        path += format("%s%.2f %.2f", pen_down ? "L" : "M", px(p.x), std::clamp(py(p.y), -1e4, 1e4));
+      }
+      pen_down = std::isfinite(p.y);
+    }
+    out_ += "<path d=\"" + path + "\"/>\n";
+  }
+
+  const Chart &chart_;
+  double total_height_;
+  Range x_;
+  Range y_;
+  std::string out_;
+};
+
+std::string legend(const Chart &chart) {
+  std::string out = "<p class=\"legend\">";
+  for (const ChartSeries &series : chart.series) {
+    if (!series.name.empty()) {
+      out += "<span><svg viewBox=\"0 0 28 10\" aria-hidden=\"true\" class=\"" + series.style + "\">";
+      out += series.line ? "<path d=\"M0 5L28 5\"/>" : "<circle class=\"mark\" cx=\"14\" cy=\"5\" r=\"4\"/>";
+      out += "</svg>" + escaped(series.name) + "</span> ";
+    }
+  }
+  return out + "</p>\n";
+}
+
+// The length of the UTF-8 sequence at the start of the text, 0 when it is none (RFC 3629).
+size_t sequence_length(const unsigned char *text, size_t size) {
+  const auto continues = [&](size_t i) { return i < size && (text[i] & 0xC0U) == 0x80U; };
+  if (text[0] < 0x80) {
+    return 1;
+  }
+  if (text[0] >= 0xC2 && text[0] <= 0xDF) {
+    return continues(1) ? 2 : 0;
+  }
+  if (text[0] >= 0xE0 && text[0] <= 0xEF) {
+    const bool overlong = text[0] == 0xE0 && size > 1 && text[1] < 0xA0;
+    const bool surrogate = text[0] == 0xED && size > 1 && text[1] > 0x9F;
+    return continues(1) && continues(2) && !overlong && !surrogate ? 3 : 0;
+  }
+  if (text[0] >= 0xF0 && text[0] <= 0xF4) {
+    const bool overlong = text[0] == 0xF0 && size > 1 && text[1] < 0x90;
+    const bool beyond = text[0] == 0xF4 && size > 1 && text[1] > 0x8F;
+    return continues(1) && continues(2) && continues(3) && !overlong && !beyond ? 4 : 0;
+  }
+  return 0;
+}
+
+} // namespace
+
+std::string render(const Chart &chart) {
+  return "<figure id=\"" + chart.id + "\">\n<h3>" + escaped(chart.title) + "</h3>\n" + legend(chart) +
+         Plot(chart).svg() + "<figcaption>" + escaped(chart.summary) + "</figcaption>\n</figure>\n";
+}
+
+std::string escaped(const std::string &text) {
+  std::string out;
+  const auto *bytes = reinterpret_cast<const unsigned char *>(text.data());
+  for (size_t i = 0; i < text.size();) {
+    const size_t length = sequence_length(bytes + i, text.size() - i);
+    const char c = text[i];
+    if (length == 0 || (length == 1 && bytes[i] < 0x20 && c != '\n' && c != '\t') || bytes[i] == 0x7F) {
+      out += "\xEF\xBF\xBD"; // U+FFFD
+    } else if (c == '&') {
+      out += "&amp;";
+    } else if (c == '<') {
+      out += "&lt;";
+    } else if (c == '>') {
+      out += "&gt;";
+    } else if (c == '"') {
+      out += "&quot;";
+    } else {
+      out.append(text, i, length);
+    }
+    i += std::max<size_t>(length, 1);
+  }
+  return out;
+}

@@ -1,0 +1,30 @@
+#include "text/text.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+#include <strings.h>
+
+std::string format(const char *pattern, ...) {
+  va_list args;
+  va_start(args, pattern);
+  std::string text(static_cast<size_t>(std::vsnprintf(nullptr, 0, pattern, args)), '\0');
+  va_end(args);
+  va_start(args, pattern);
+  std::vsnprintf(text.data(), text.size() + 1, pattern, args);
+  va_end(args);
+  return text;
+}
+
+std::string join(const std::vector<std::string> &words) {
+  std::string text;
+  for (const std::string &word : words) {
+    text += (text.empty() ? "" : " ") + word;
+  }
+  return text;
+}
+
+bool has_extension(const std::string &path, const std::string &extension) {
+  return path.size() > extension.size() &&
+         strcasecmp(path.c_str() + path.size() - extension.size(), extension.c_str()) == 0;
+}
