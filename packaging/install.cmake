@@ -55,7 +55,7 @@ if(CMAKE_INSTALL_LIBDIR MATCHES "/") # lib/TRIPLET
 endif()
 if(VEXO_TOOL)
   list(APPEND CPACK_COMPONENTS_ALL vexo-tools)
-  package(vexo-tools utils "libvexo0 (= ${PROJECT_VERSION})" command)
+  package(vexo-tools utils "" command)
 endif()
 execute_process(COMMAND gzip -9n INPUT_FILE ${PROJECT_SOURCE_DIR}/packaging/changelog
   OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
