@@ -13,6 +13,7 @@
 #include "vexo-cs.h"
 #include "vexo-curve.h"
 #include "vexo-rows.h"
+#include "vexo-tables.h"
 #include "vexo-xyY.h"
 
 using vexo_internal::blend;
@@ -95,8 +96,6 @@ int vexo_data_lcnr_generate(vexo *panel, vexo_lcnr *lcnr) {
   }
   return make_relative(panel);
 }
-
-int vexo_data_generate(vexo *panel) { return vexo_data_lcnr_generate(panel, &panel->lcnr); }
 
 // Absolute XYZ above black of every level of a channel.
 void absolute_XYZ(Table &XYZ, const Table &xyY, float maxY) {
@@ -552,6 +551,8 @@ float dump_step_gammas(FILE *f, vexo *panel, vexo_lut *lut, int last) {
 static_assert(sizeof(vexo_lcnr) == 4 * (9 * 64 + 64 + 1), "part of the binary interface");
 static_assert(sizeof(vexo) == sizeof(vexo_lcnr) + 4 * (9 * 1024 + 3), "part of the binary interface");
 
+int vexo_internal::make_tables(vexo *panel) { return vexo_data_lcnr_generate(panel, &panel->lcnr); }
+
 int vexo_lcnr_normalize(vexo_lcnr *lcnr) {
   int count = 0;
   for (auto &channel : lcnr->data) {
@@ -724,7 +725,7 @@ int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_ga
 
 int vexo_generate_lut(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wt) {
   WorkingLuts work;
-  if (!work.create() || vexo_data_generate(panel) != 0 ||
+  if (!work.create() || vexo_internal::make_tables(panel) != 0 ||
       vexo_generate_lcnr_invert_lut(work.curve, panel->data, camera, system) != 0 ||
       vexo_lut_adjust_wb(work.balance, panel, wt) != 0) {
     return -1;
@@ -741,7 +742,7 @@ int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gam
   if (vexo_lcnr_normalize(&panel->lcnr) != 0) {
     fputs("Warning: lcnr data not normalized\n", stderr);
   }
-  if (vexo_data_generate(panel) != 0 || vexo_lut_adjust_wb_2(work.balance, panel, wb) != 0 ||
+  if (vexo_internal::make_tables(panel) != 0 || vexo_lut_adjust_wb_2(work.balance, panel, wb) != 0 ||
       vexo_data_regenerate(panel, work.balance) != 0 ||
       vexo_generate_lcnr_invert_lut(work.curve, panel->data, camera, system) != 0 || !level_sized(lut) ||
       vexo_gray_tracking(work.curve, panel, wb) != 0) {

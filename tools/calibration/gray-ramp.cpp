@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "file/luts.h"
 #include "vexo-cs.h"
+#include "vexo-tables.h"
 
 float uv_distance(vexo_vector xyY, vexo_vector reference_xyY) {
   if (vexo_xyY_uvY(&xyY) != 0 || vexo_xyY_uvY(&reference_xyY) != 0) {
@@ -57,18 +57,10 @@ vexo_vector predict(vexo *bare, const float (&level)[3]) {
 
 } // namespace
 
-// The direct recipe leaves just that context behind, whatever its curves and target.
 std::unique_ptr<vexo> bare_context(const vexo_lcnr &lcnr) {
   auto context = std::make_unique<vexo>();
   context->lcnr = lcnr;
-  LutSet scratch(1024);
-  vexo_gamma linear;
-  vexo_gamma_init(&linear, 1.0F);
-  vexo_vector target = {{1.0F, 1.0F, 1.0F}};
-  if (vexo_generate_lut(scratch.get(), context.get(), &linear, &linear, &target) != 0) {
-    return nullptr;
-  }
-  return context;
+  return vexo_internal::make_tables(context.get()) == 0 ? std::move(context) : nullptr;
 }
 
 float target_light(const Target &target, float input) {
