@@ -1,15 +1,23 @@
 /**
  * @file vexo-cs.h
- * Colorimetry: CIE 1931 and 1976 coordinates (CIE 15), correlated colour temperature, perceptual spaces and colour
- * differences, and RGB colour spaces given by primaries and white.
+ * Colorimetry and RGB colour spaces.
  *
- * Conversions work in place on one vector; the caller knows from the last call which coordinates it holds:
- * XYZ (X, Y, Z), xyz (x, y, z), xyY (x, y, Y) or uvY (u', v', Y). Y keeps the caller's unit. All arithmetic
- * is single precision unless a comment says otherwise. Status results are 0 for success and -1 for failure;
- * a failing conversion leaves its vector as it was unless a comment says otherwise. Nothing is printed.
+ * The first part holds CIE 1931 and CIE 1976 coordinates (CIE 15), correlated colour temperature, CIE 1976 perceptual
+ * spaces and colour differences. The second part, from #vexo_cs on, holds RGB colour spaces given by primaries and
+ * white.
  *
- * An XYZ triple is valid when no component is negative; an xyY triple when 0 <= x < 1, 0 <= y < 1 and
- * Y >= 0. A NaN makes either invalid.
+ * A conversion replaces the content of its vector. The caller must know which coordinates a vector holds: XYZ
+ * (X, Y, Z), xyz (x, y, z), xyY (x, y, Y) or uvY (u', v', Y). Y keeps the unit of the caller, for example cd/m2.
+ *
+ * An XYZ triple is valid when no component is negative. An xyY triple is valid when 0 <= x < 1, 0 <= y < 1 and Y >= 0.
+ * A triple with a NaN is not valid.
+ *
+ * These rules hold unless a comment says otherwise:
+ * - Arithmetic is single precision.
+ * - Pointers must not be null. They are not checked.
+ * - Vector arguments may be the same object.
+ * - Status results are 0 for success and -1 for failure. A call that fails does not change its vectors.
+ * - Nothing is printed on standard error.
  */
 #ifndef VEXO_CS_H
 #define VEXO_CS_H
@@ -22,112 +30,124 @@
 extern "C" {
 #endif
 
-/** @return 1 when XYZ is a valid tristimulus triple, else 0 (a truth value, not a status). */
+/** @return 1 when XYZ is a valid triple, else 0. This is a truth value and not a status. */
 int vexo_XYZ_valid(vexo_vector *XYZ);
 
-/** XYZ to xyz. Negative components pass. @return -1 unless X + Y + Z > 0. */
+/** Converts XYZ to xyz. Negative components are accepted. @return 0, or -1 unless X + Y + Z > 0. */
 int vexo_XYZ_xyz(vexo_vector *XYZ);
 
-/** XYZ to xyY. Negative components pass. @return -1 unless X + Y + Z > 0. */
+/** Converts XYZ to xyY. Negative components are accepted. @return 0, or -1 unless X + Y + Z > 0. */
 int vexo_XYZ_xyY(vexo_vector *XYZ);
 
 /**
- * Turns a table of size samples, sample i being (XYZ[0][i], XYZ[1][i], XYZ[2][i]), into xyY relative to
- * its first sample, the black: that becomes (0, 0, 0), every other sample the xyY of itself minus black.
- * @return 0, or -1 at the first sample whose difference has no chromaticity: the samples before it are
- * converted, it and the later ones still hold XYZ. A size below 1 returns -1 with nothing touched.
+ * Converts a table of XYZ samples to xyY above black. XYZ points to three columns of size floats; sample i is
+ * (XYZ[0][i], XYZ[1][i], XYZ[2][i]). Sample 0 is black. It becomes (0, 0, 0). Every other sample becomes the xyY of
+ * its XYZ minus the XYZ of black. The columns must not overlap.
+ * @return 0. -1 at the first sample whose difference does not have X + Y + Z > 0: sample 0 and the samples before it
+ * are converted, that sample and the later ones still hold XYZ. -1 with nothing written when size is below 1.
  */
 int vexo_XYZ_xyY_array(int size, float **XYZ);
 
-/** XYZ to u'v'Y (CIE 1976 UCS); (0, 0, 0) stays as it is, with status 0. @return -1 for an invalid XYZ. */
+/** Converts XYZ to u'v'Y (CIE 1976 UCS). (0, 0, 0) stays (0, 0, 0). @return 0, or -1 when XYZ is not valid. */
 int vexo_XYZ_uvY(vexo_vector *XYZ);
 
-/** xyY to XYZ; y = 0 gives (0, 0, 0) with status 0. @return -1 for an invalid xyY. */
+/** Converts xyY to XYZ. A colour with y = 0 becomes (0, 0, 0). @return 0, or -1 when xyY is not valid. */
 int vexo_xyY_XYZ(vexo_vector *xyY);
 
-/** xyY to u'v'Y (CIE 1976 UCS). @return -1 for an invalid xyY. */
+/** Converts xyY to u'v'Y (CIE 1976 UCS). @return 0, or -1 when xyY is not valid. */
 int vexo_xyY_uvY(vexo_vector *xyY);
 
-/** Not provided. @return always -1, with nothing written. */
+/** This conversion is not provided. @return always -1, with nothing written. */
 int vexo_uvY_XYZ(vexo_vector *uvY, vexo_vector *XYZ);
 
-/** Additive mixture XYZ = XYZ1 + XYZ2. @return -1, XYZ untouched, when either is invalid. */
+/** Computes the additive mixture XYZ = XYZ1 + XYZ2. @return 0, or -1 when XYZ1 or XYZ2 is not valid. */
 int vexo_XYZ_mix(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *XYZ);
 
 /**
- * Additive mixture of two colours by the centre-of-gravity law, each chromaticity weighted by Y/y.
- * y = 0 is not a special case: the weight is then infinite, or NaN for black.
- * @return 0, or -1 with xyY set to (0, 0, 0) when either colour is invalid.
+ * Computes the additive mixture of two colours by the centre-of-gravity law: each chromaticity has the weight Y / y.
+ * y = 0 is not a special case. The weight is then infinite, or NaN when Y is 0 as well.
+ * @return 0, or -1 with xyY set to (0, 0, 0) when xyY1 or xyY2 is not valid.
  */
 int vexo_xyY_mix(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY);
 
 /**
- * Additive mixture of three colours: the first two, then the result with the third.
- * @return 0; -1 with xyY untouched when the first mixture fails; -1 with xyY (0, 0, 0) when the second does.
+ * Computes the additive mixture of three colours: vexo_xyY_mix() of the first two, then of the result and the third.
+ * @return 0. -1 with xyY unchanged when the first mixture fails. -1 with xyY (0, 0, 0) when the second mixture fails.
  */
 int vexo_xyY_mix_3(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY3, vexo_vector *xyY);
 
 /**
- * Correlated colour temperature of the tristimulus values xyz[0..2] (X, Y, Z in any unit) by Robertson's method. His
- * table reaches from 1667 K to infinity; around 3100 K its historic u of 0.24702 costs up to some 23 K.
- * @return kelvin, rounded to nearest; INT_MAX for a temperature above it; -1 for black (every component below 1e-20)
- * and for a chromaticity that no two neighbouring lines of the table enclose, such as saturated red or blue.
+ * Computes the correlated colour temperature by Robertson's method (J. Opt. Soc. Am. 58, 1968). xyz[0..2] are the
+ * tristimulus values X, Y, Z in any unit. The table of isotemperature lines goes from 1667 K to infinity. Its line at
+ * 325 per megakelvin keeps the published u = 0.24702; this changes results near 3100 K by up to about 23 K.
+ * @return the temperature in kelvin, rounded to the nearest integer. INT_MAX when it is above INT_MAX. -1 for black
+ * (every component below 1e-20). -1 when no two neighbouring lines enclose the chromaticity, as for saturated red or
+ * blue.
  */
 int vexo_xyz_cct(float *xyz);
 
-/** @return vexo_xyz_cct() of the vector. */
+/** @return vexo_xyz_cct() of the three components. */
 int vexo_XYZ_CCT(vexo_vector *XYZ);
 
-/** @return CIE 1976 lightness of the vector's Y against the white's luminance Yn; 100 when Yn <= 0. */
+/** @return the CIE 1976 lightness L* of the vector's Y. Yn is the luminance of the white. 100 when Yn <= 0. */
 float vexo_XYZ_Lstar(vexo_vector *XYZ, float Yn);
 
 /**
- * XYZ to CIE 1976 L*u*v* against the white REF, an XYZ in the same unit. When either has no u'v' because a component
- * is negative or NaN, u* and v* are 0.
+ * Converts XYZ to CIE 1976 L*u*v*. REF is the white, an XYZ in the same unit. u* and v* are 0 when XYZ or REF is not
+ * valid.
  * @return always 0.
  */
 int vexo_XYZ_Luv(vexo_vector *XYZ, vexo_vector *REF);
 
-/** @return the colour difference CIE 1976 Delta E*uv against the white REF. */
+/** @return the colour difference CIE 1976 Delta E*uv of two XYZ colours. REF is the white, as in vexo_XYZ_Luv(). */
 float vexo_XYZ_DEuv(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *REF);
 
 /**
- * XYZ to CIE 1976 L*a*b* against the white REF, an XYZ in the same unit. Nothing is checked: a component 0 of the
- * white makes a* or b* infinite or NaN.
+ * Converts XYZ to CIE 1976 L*a*b*. REF is the white, an XYZ in the same unit. Nothing is checked: when a component of
+ * the white is 0, a* or b* is infinite or NaN.
  * @return always 0.
  */
 int vexo_XYZ_Lab(vexo_vector *XYZ, vexo_vector *REF);
 
-/** @return the colour difference CIE 1976 Delta E*ab against the white REF. */
+/** @return the colour difference CIE 1976 Delta E*ab of two XYZ colours. REF is the white, as in vexo_XYZ_Lab(). */
 float vexo_XYZ_DEab(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *REF);
 
 /**
- * L*a*b* to L*, chroma C* and hue h = arctan(b* / a*) in radians. h has no quadrant: it lies in -pi/2..pi/2 and
- * opposite colours share it; a* = b* = 0 gives NaN.
+ * Converts L*a*b* to L*, chroma C* and hue h in radians. h is the arctangent of the quotient b* / a*. It lies in
+ * -pi/2 to pi/2, so opposite colours have the same h. h is NaN when a* and b* are both 0.
  * @return always 0.
  */
 int vexo_Lab_LCH(vexo_vector *Lab);
 
-/** XYZ to L*C*h against the white XYZn: vexo_XYZ_Lab(), then vexo_Lab_LCH(). @return always 0. */
+/** Converts XYZ to L*C*h: vexo_XYZ_Lab() with the white XYZn, then vexo_Lab_LCH(). @return always 0. */
 int vexo_XYZ_LCH(vexo_vector *XYZ, vexo_vector *XYZn);
 
-/** @return the colour difference CIEDE2000 (CIE 142) of two L*a*b* colours, with parametric factors of 1. */
+/**
+ * Computes the colour difference CIEDE2000 (CIE 142) of two L*a*b* colours. The parametric factors are 1.
+ *
+ * The formula has two cases for the mean hue: a hue difference of at most 180 degrees, and a larger one. Exactly 180
+ * degrees is the border. The hues are rounded to single precision before they are compared, so this rounding selects
+ * the case near the border. Pair 14 of the data of Sharma, Wu and Dalal (2005) lies on the border: (50, -0.001, 2.49)
+ * and (50, 0.001, -2.49). Its result is the published 4.8045; the other case gives 4.7461.
+ * @return the difference.
+ */
 float vexo_Lab_DE2000(vexo_vector *Lab1, vexo_vector *Lab2);
 
-/** @return the colour difference CIEDE2000 of two XYZ colours against the white XYZn. */
+/** @return vexo_Lab_DE2000() of two XYZ colours. XYZn is the white, as in vexo_XYZ_Lab(). */
 float vexo_XYZ_DE2000(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *XYZn);
 
-/** An RGB colour space: chromaticities (x, y, z = 1 - x - y) of primaries and white, and the matrix they imply. */
+/** An RGB colour space. The record is a plain value of the caller. Chromaticities are (x, y, z) with z = 1 - x - y. */
 typedef struct vexo_cs {
   vexo_vector r;   /**< red primary */
   vexo_vector g;   /**< green primary */
   vexo_vector b;   /**< blue primary */
   vexo_vector w;   /**< reference white */
-  vexo_matrix npm; /**< normalised primary matrix (SMPTE RP 177): XYZ = npm RGB, linear RGB in 0..1, white at
-                        Y = 1; row 1 holds the luma weights. Set by the initialisers and vexo_cs_load() only. */
+  vexo_matrix npm; /**< normalised primary matrix (SMPTE RP 177): XYZ = npm RGB for linear RGB in 0 to 1, with the
+                        white at Y = 1. Row 1 holds the luma weights. Only vexo_cs_init(), vexo_cs_init_XYZ() and
+                        vexo_cs_load() set it. */
 } vexo_cs;
 
-/** Sets the red primary; z = (1 - x) - y is formed in double precision. npm stays as it is. */
+/** Sets the red primary to the chromaticity (x, y). z = (1 - x) - y is computed in double. npm does not change. */
 void vexo_cs_set_r(vexo_cs *cs, float x, float y);
 
 /** Sets the green primary, as vexo_cs_set_r(). */
@@ -140,71 +160,80 @@ void vexo_cs_set_b(vexo_cs *cs, float x, float y);
 void vexo_cs_set_w(vexo_cs *cs, float x, float y);
 
 /**
- * m = the normalised primary matrix of the four chromaticities in cs.
- * @return 0; -1 with m holding the primaries in its columns when these lie on a line (see
- * vexo_matrix_invert()); -1 with m untouched when the white has y = 0.
+ * Computes the normalised primary matrix m of the four chromaticities in cs. m may be cs->npm.
+ * @return 0. -1 with m unchanged when the white has y = 0. -1 with the primaries in the columns of m when these lie
+ * on a line (see vexo_matrix_invert()).
  */
 int vexo_cs_matrix(vexo_cs *cs, vexo_matrix *m);
 
-/** Fills cs from (x, y) pairs: red, green, blue, white. @return the status of vexo_cs_matrix() on its npm. */
+/**
+ * Fills cs. data holds the (x, y) of red, green, blue and white.
+ * @return the status of vexo_cs_matrix() for npm.
+ */
 int vexo_cs_init(vexo_cs *cs, float data[4][2]);
 
 /**
- * Fills cs from the XYZ (three floats each, one unit) measured on the red, green, blue and white patches and
- * on black (d), which is subtracted from the others.
- * @return 0; -1 with cs untouched when a patch is not above black (X + Y + Z); else as vexo_cs_matrix().
+ * Fills cs from measurements. r, g, b, w and d are the XYZ of the red, green, blue, white and black patch: three
+ * floats each, all in one unit. Black is subtracted from the others.
+ * @return 0. -1 with cs unchanged when a patch does not have X + Y + Z above that of black. Else the status of
+ * vexo_cs_matrix() for npm.
  */
 int vexo_cs_init_XYZ(vexo_cs *cs, const float *r, const float *g, const float *b, const float *w, const float *d);
 
 /**
- * m = the matrix from linear RGB of src to linear RGB of dst, without adaptation between different whites.
- * @return 0, or -1 with m untouched when dst has no invertible npm.
+ * Computes the matrix m from linear RGB of src to linear RGB of dst. It does not adapt one white to the other. m must
+ * not be the npm of either colour space.
+ * @return 0, or -1 with m unchanged when the npm of dst has no inverse.
  */
 int vexo_cs_transform(vexo_matrix *m, vexo_cs *src, vexo_cs *dst);
 
 /**
- * @return the area of the gamut triangle in the CIE 1931 xy diagram, positive when red, green and blue run
- * counter-clockwise (real displays), else negative; 0 when a primary has no chromaticity (x + y + z not above 0).
+ * @return the area of the gamut triangle in the CIE 1931 xy diagram. It is positive when red, green and blue run
+ * counter-clockwise, as for real displays, else negative. 0 when a primary does not have x + y + z > 0.
  */
 float vexo_cs_area(vexo_cs *cs);
 
 /**
- * Chromaticities (x, y, 1 - x - y) of the secondaries: where the line from a primary through the white meets the
- * opposite side. sr is opposite red (cyan), sg opposite green (magenta), sb opposite blue (yellow); each may be null
- * and none may lie in cs. A side parallel to the y axis or a primary at the white's y divides by zero: the result is
- * then what IEEE arithmetic makes of it, mostly NaN.
+ * Computes the chromaticities (x, y, 1 - x - y) of the secondary colours. A secondary is the point where the line from
+ * a primary through the white crosses the opposite side of the gamut triangle. sr is opposite to red (cyan), sg to
+ * green (magenta), sb to blue (yellow). cs, sr, sg and sb may be null; a null output is skipped. The outputs must not
+ * lie in cs.
+ *
+ * A side parallel to the y axis divides by zero, and so does a primary with the y of the white. The result is then
+ * what IEEE arithmetic gives, in most cases NaN.
  * @return 0, or -1 when cs is null.
  */
 int vexo_cs_secondary(const vexo_cs *cs, vexo_vector *sr, vexo_vector *sg, vexo_vector *sb);
 
 /**
- * m = the linear Bradford adaptation of XYZ seen under the white src to XYZ seen under the white dst. The whites may be
- * XYZ in any unit or xyz, and are brought to Y = 1; one with Y = 0 is used as it stands, and one without a cone
- * response in src gives infinities or NaNs.
+ * Computes the linear Bradford adaptation m: from XYZ under the white src to XYZ under the white dst. The whites may be
+ * XYZ in any unit or xyz. They are scaled to Y = 1; a white with Y = 0 is used as it is. When a cone response of src is
+ * 0, m has infinite or NaN elements.
  * @return always 0.
  */
 int vexo_chad_transform(vexo_matrix *m, vexo_vector *src, vexo_vector *dst);
 
 /**
- * m = the matrix from linear RGB of target to the linear RGB of native that shows the same colour, the white of target
- * adapted to the white of native: vexo_cs_transform() from target to native with vexo_chad_transform() in between.
- * m must not be part of either colour space.
- * @return 0, or -1 with m untouched when native has no invertible npm.
+ * Computes the matrix m from linear RGB of target to linear RGB of native with the same colour, where the white of
+ * target is adapted to the white of native. This is vexo_cs_transform() from target to native with
+ * vexo_chad_transform() in between. m must not be the npm of either colour space.
+ * @return 0, or -1 with m unchanged when the npm of native has no inverse.
  */
 int vexo_cs_chad_transform(vexo_matrix *m, vexo_cs *native, vexo_cs *target);
 
-/** Prints primaries, white and npm under the heading "PREFIX Color Space (ADDRESS):"; prefix may be null. */
+/** Prints primaries, white and npm below the heading "PREFIX Color Space (ADDRESS):". prefix may be null. */
 void vexo_cs_dump(FILE *f, vexo_cs *cs, char *prefix);
 
 /**
- * Writes the 48-byte image: r, g, b, w as vector images (see vexo_vector_store()); npm is not stored.
- * @return 0, or -1 at the first vector that the stream did not take whole.
+ * Writes r, g, b and w as 48 bytes: four vectors as vexo_vector_store() writes them. npm is not stored.
+ * @return 0, or -1 at the first vector that the stream did not take completely.
  */
 int vexo_cs_store(FILE *f, vexo_cs *cs);
 
 /**
- * Reads the 48-byte image and rebuilds npm.
- * @return 0; -1 on a short read, with the vectors read before it overwritten; else as vexo_cs_matrix().
+ * Reads the 48 bytes that vexo_cs_store() writes and computes npm.
+ * @return 0. -1 when the stream had fewer bytes; the vectors before that point are overwritten. Else the status of
+ * vexo_cs_matrix() for npm.
  */
 int vexo_cs_load(FILE *f, vexo_cs *cs);
 

@@ -1,11 +1,18 @@
 /**
  * @file vexo-csc.h
- * Video colour space conversion: the affine map between two integer signals (RGB or YCbCr, ITU-R BT.601, BT.709,
- * BT.2020 and any other primaries) in eight signal ranges at 8 to 30 bits, with picture controls folded in, and its
- * fixed-point image for the hardware converter.
+ * Video colour space conversion (CSC): a matrix and an offset that convert one integer signal to another, and the
+ * fixed-point registers of the hardware converter.
  *
- * All records are plain values that the caller owns. Arithmetic is single precision in the order of the formulas,
- * unless a comment says otherwise. Status results are 0 for success and -1 for failure; pointers are not tested.
+ * A signal is RGB or YCbCr with the primaries of ITU-R BT.601, BT.709, BT.2020 or any others. It has one of eight
+ * ranges and 8 to 30 bits. The conversion contains the picture controls.
+ *
+ * These rules hold unless a comment says otherwise:
+ * - All records are plain values of the caller.
+ * - Arithmetic is single precision, in the order of the formulas.
+ * - Pointers must not be null. They are not checked.
+ * - The result record must differ from the input records. Two input records may be the same object.
+ * - Status results are 0 for success and -1 for failure.
+ * - Nothing is printed on standard error.
  */
 #ifndef VEXO_CSC_H
 #define VEXO_CSC_H
@@ -19,23 +26,35 @@
 extern "C" {
 #endif
 
-/* Without a stated type, a C++ enumeration cannot hold the wrong values of a C caller that are to be refused. */
+/* A C caller may pass a value that no enumerator has. With int as its type, a C++ enumeration can hold that value, so
+   that the library can refuse it. */
 #ifdef __cplusplus
 #define VEXO_CSC_ANY_INT : int
 #else
 #define VEXO_CSC_ANY_INT
 #endif
 
-/** A conversion of code triples, out = matrix in + offset. RGB is (R, G, B), YCbCr is (Y, Cb, Cr) unless swapped. */
+/**
+ * A conversion of code triples: out = matrix in + offset. The order of the components is R, G, B or Y, Cb, Cr, unless
+ * the conversion was built with another component order.
+ */
 typedef struct vexo_csc {
   vexo_matrix matrix; /**< linear part */
-  vexo_vector offset; /**< added after the matrix, in output codes */
+  vexo_vector offset; /**< added after the matrix; unit: output codes */
 } vexo_csc;
 
 /**
- * Signal ranges. With u = 2^(bits - 8), nominal black to nominal white is 16 u to 235 u (video), 0 to 256 u - 1 (full,
- * graphic), 16 u to 255 u - 1 (extended) or u to 255 u - 1 (SMPTE full). Cb and Cr are centred on 128 u and span
- * 224/219 of luma, in YCBCR_FULL_RANGE as much as luma.
+ * Signal ranges. With u = 2^(bits - 8), nominal black and white have these codes:
+ *
+ * | Range         | Black | White     |
+ * |---------------|-------|-----------|
+ * | video         | 16 u  | 235 u     |
+ * | full, graphic | 0     | 256 u - 1 |
+ * | extended      | 16 u  | 255 u - 1 |
+ * | SMPTE full    | u     | 255 u - 1 |
+ *
+ * Cb and Cr have the centre 128 u. Their span is 224/219 of the luma span. In YCBCR_FULL_RANGE it equals the luma
+ * span.
  */
 typedef enum color_range VEXO_CSC_ANY_INT {
   YCBCR_VIDEO_RANGE = 0,
@@ -64,7 +83,10 @@ typedef enum swap_in VEXO_CSC_ANY_INT {
   SWAP_IN_CRYCB = 5
 } swap_in;
 
-/** The order in which the output components leave. The two cyclic orders have each other's value of swap_in. */
+/**
+ * The order in which the output components leave. GBR and BRG have the values 5 and 4 here, 4 and 5 in swap_in; CbCrY
+ * and CrYCb likewise.
+ */
 typedef enum swap_out VEXO_CSC_ANY_INT {
   SWAP_OUT_RGB = 0,
   SWAP_OUT_BGR = 1,
@@ -82,7 +104,7 @@ typedef enum swap_out VEXO_CSC_ANY_INT {
 
 #undef VEXO_CSC_ANY_INT
 
-/** Picture controls. The neutral value is given in brackets. */
+/** Picture controls. The neutral value of each stands in brackets. */
 typedef struct vexo_ccp {
   float hue;          /**< rotation of the (Pb, Pr) plane in radians [0] */
   float saturation;   /**< gain on Pb and Pr, on top of contrast [1] */
@@ -90,7 +112,7 @@ typedef struct vexo_ccp {
   float brightness;   /**< luma offset, as a fraction of the luma span of the YCbCr range [0] */
   vexo_vector gain;   /**< gains on normalised R, G, B [1] */
   vexo_vector offset; /**< offsets on normalised R, G, B, as fractions of the span of the RGB range [0] */
-  vexo_matrix matrix; /**< read by no operation [identity] */
+  vexo_matrix matrix; /**< not used by the library [identity] */
 } vexo_ccp;
 
 /** The registers of the hardware converter. */
@@ -101,141 +123,150 @@ typedef struct vexo_csc_reg {
   short clip_min[3]; /**< lower output clip */
 } vexo_csc_reg;
 
-/** Sets the conversion that changes nothing. */
+/** Sets the identity conversion: identity matrix, zero offset. */
 void vexo_csc_init(vexo_csc *csc);
 
-/** dst = src. */
+/** Copies src to dst. */
 void vexo_csc_copy(vexo_csc *dst, vexo_csc *src);
 
-/** Puts m before the conversion: matrix = matrix m. m may be the record's own matrix. */
+/** Applies m before the conversion: matrix = matrix m. The offset does not change. m may be csc->matrix. */
 void vexo_csc_prev_matrix(vexo_csc *csc, vexo_matrix *m);
 
-/** Puts m after the conversion: matrix = m matrix, offset = m offset. m may be the record's own matrix. */
+/** Applies m after the conversion: matrix = m matrix, offset = m offset. m may be csc->matrix. */
 void vexo_csc_post_matrix(vexo_csc *csc, vexo_matrix *m);
 
-/** v = matrix v + offset; v is not the record's own offset. The spelling of the name is historical. */
+/** Converts v: v = matrix v + offset. v must not be csc->offset. The spelling of the name is historical. */
 void vexo_csc_transfrom(vexo_csc *csc, vexo_vector *v);
 
-/** Prints matrix and offset (see vexo_matrix_dump()) after "PREFIX CSC:" on the same line; prefix may be null. */
+/**
+ * Prints the heading "PREFIX CSC:" without a line break, then matrix and offset as vexo_matrix_dump() and
+ * vexo_vector_dump() do. prefix may be null.
+ */
 void vexo_csc_dump(FILE *f, vexo_csc *csc, char *prefix);
 
-/** Sets the neutral controls. */
+/** Sets all controls to their neutral values. */
 void vexo_ccp_init(vexo_ccp *ccp);
 
 /**
- * The full builders: csc becomes the conversion from the first range at ibits in the colour space ics to the second
- * range at obits in ocs, the white of ics adapted to that of ocs (see vexo_cs_chad_transform()). The luma weights are
- * row 1 of npm of the colour space on the YCbCr side. Inside, normalised Y, R, G, B run from 0 to 1 and Pb, Pr from
- * -0.5 to 0.5, with
+ * Builds the conversion csc from RGB in rgb_range at ibits bits to YCbCr in ycbcr_range at obits bits. ics is the
+ * colour space of the input, ocs that of the output. The white of ics is adapted to the white of ocs, see
+ * vexo_cs_chad_transform(). ccp holds the picture controls. ics and ocs may be the same object.
+ *
+ * The luma weights are row 1 of npm of the colour space on the YCbCr side. Normalised Y, R, G, B run from 0 to 1,
+ * normalised Pb, Pr from -0.5 to 0.5. With these,
  *
  *   YPbPr = hsc (RGB to YPbPr) gain adaptation (RGB + offset), plus brightness,        encoding
  *   RGB = gain adaptation (YPbPr to RGB) hsc (YPbPr + brightness), plus offset,        decoding
  *
- * where hsc scales Y by contrast and turns (Pb, Pr) scaled by contrast saturation through the angle hue; decoding
- * applies it as it stands, not inverted. A range of the other kind (RGB where YCbCr belongs, or the reverse) is
- * converted by its own spans and black level, and the offset or brightness does not act on it. Decoding a colour space
- * without a green luma weight has no defined result.
+ * hsc scales Y by contrast, scales Pb and Pr by contrast saturation and rotates (Pb, Pr) by the angle hue. Decoding
+ * uses the same hsc; it is not inverted.
  *
- * @return 0; -1 with csc untouched when a range is none of the eight or a depth is not 8..30; -1 with csc undefined
- * when npm of ocs cannot be inverted.
+ * A range of the other kind, such as an RGB range for YCbCr, is converted with its own spans and black level. Offset
+ * or brightness then has no effect on that side. A colour space whose green luma weight is 0 cannot be decoded; the
+ * result is then undefined.
+ *
+ * @return 0. -1 with csc unchanged when a range is none of the eight or a depth is outside 8 to 30. -1 with csc
+ * undefined when npm of ocs has no inverse.
  */
 int _vexo_csc_rgb_ycbcr(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range rgb_range, color_range ycbcr_range,
                         vexo_ccp *ccp, int ibits, int obits);
 
-/** YCbCr to RGB, as _vexo_csc_rgb_ycbcr(). */
+/** Builds the conversion from YCbCr to RGB, as _vexo_csc_rgb_ycbcr(). */
 int _vexo_csc_ycbcr_rgb(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range ycbcr_range, color_range rgb_range,
                         vexo_ccp *ccp, int ibits, int obits);
 
 /**
- * RGB to RGB through YCBCR_FULL_RANGE of ocs at obits; the controls act in the first stage only. As
- * _vexo_csc_rgb_ycbcr() otherwise.
+ * Builds the conversion from RGB to RGB in two stages. The signal in between is YCbCr in YCBCR_FULL_RANGE of ocs at
+ * obits bits. The controls act in the first stage only. The rest is as in _vexo_csc_rgb_ycbcr().
  */
 int _vexo_csc_rgb_rgb(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range src_range, color_range dst_range,
                       vexo_ccp *ccp, int ibits, int obits);
 
 /**
- * YCbCr to YCbCr through RGB_VIDEO_RANGE of ocs at obits; the controls act in the first stage only. As
- * _vexo_csc_rgb_ycbcr() otherwise.
+ * Builds the conversion from YCbCr to YCbCr in two stages. The signal in between is RGB in RGB_VIDEO_RANGE of ocs at
+ * obits bits. The controls act in the first stage only. The rest is as in _vexo_csc_rgb_ycbcr().
  */
 int _vexo_csc_ycbcr_ycbcr(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range src_range, color_range dst_range,
                           vexo_ccp *ccp, int ibits, int obits);
 
-/** RGB to YCbCr within one colour space at one depth. @return as _vexo_csc_rgb_ycbcr(). */
+/** Builds the conversion from RGB to YCbCr in one colour space at nbits bits. @return as _vexo_csc_rgb_ycbcr(). */
 int vexo_csc_rgb_ycbcr(vexo_csc *csc, vexo_cs *cs, color_range rgb_range, color_range ycbcr_range, vexo_ccp *ccp,
                        int nbits);
 
-/** YCbCr to RGB within one colour space at one depth. @return as _vexo_csc_rgb_ycbcr(). */
+/** Builds the conversion from YCbCr to RGB in one colour space at nbits bits. @return as _vexo_csc_rgb_ycbcr(). */
 int vexo_csc_ycbcr_rgb(vexo_csc *csc, vexo_cs *cs, color_range ycbcr_range, color_range rgb_range, vexo_ccp *ccp,
                        int nbits);
 
-/** RGB to RGB within one colour space at one depth. @return as _vexo_csc_rgb_ycbcr(). */
+/** Builds the conversion from RGB to RGB in one colour space at nbits bits. @return as _vexo_csc_rgb_ycbcr(). */
 int vexo_csc_rgb_rgb(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_range dst_range, vexo_ccp *ccp,
                      int nbits);
 
-/** YCbCr to YCbCr within one colour space at one depth. @return as _vexo_csc_rgb_ycbcr(). */
+/** Builds the conversion from YCbCr to YCbCr in one colour space at nbits bits. @return as _vexo_csc_rgb_ycbcr(). */
 int vexo_csc_ycbcr_ycbcr(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_range dst_range, vexo_ccp *ccp,
                          int nbits);
 
 /**
- * vexo_csc_rgb_ycbcr() that reads the input in the order swap_colons and leaves the output in the order swap_rows.
- * @return as _vexo_csc_rgb_ycbcr(); -1 with csc untouched for an order outside 0..5.
+ * Builds the conversion of vexo_csc_rgb_ycbcr() with other component orders. swap_colons is the order of the input,
+ * swap_rows that of the output.
+ * @return as _vexo_csc_rgb_ycbcr(); also -1 with csc unchanged when an order is outside 0 to 5.
  */
 int vexo_csc_rgb_ycbcr2(vexo_csc *csc, vexo_cs *cs, color_range rgb_range, color_range ycbcr_range, vexo_ccp *ccp,
                         int nbits, swap_in swap_colons, swap_out swap_rows);
 
-/** vexo_csc_ycbcr_rgb() with component orders, as vexo_csc_rgb_ycbcr2(). */
+/** Builds the conversion of vexo_csc_ycbcr_rgb() with other component orders, as vexo_csc_rgb_ycbcr2(). */
 int vexo_csc_ycbcr_rgb2(vexo_csc *csc, vexo_cs *cs, color_range ycbcr_range, color_range rgb_range, vexo_ccp *ccp,
                         int nbits, swap_in swap_colons, swap_out swap_rows);
 
-/** vexo_csc_rgb_rgb() with component orders, as vexo_csc_rgb_ycbcr2(). */
+/** Builds the conversion of vexo_csc_rgb_rgb() with other component orders, as vexo_csc_rgb_ycbcr2(). */
 int vexo_csc_rgb_rgb2(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_range dst_range, vexo_ccp *ccp,
                       int nbits, swap_in swap_colons, swap_out swap_rows);
 
-/** vexo_csc_ycbcr_ycbcr() with component orders, as vexo_csc_rgb_ycbcr2(). */
+/** Builds the conversion of vexo_csc_ycbcr_ycbcr() with other component orders, as vexo_csc_rgb_ycbcr2(). */
 int vexo_csc_ycbcr_ycbcr2(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_range dst_range, vexo_ccp *ccp,
                           int nbits, swap_in swap_colons, swap_out swap_rows);
 
-/** vexo_csc_rgb_ycbcr2() from G B R. */
+/** vexo_csc_rgb_ycbcr2() with the input order G, B, R. */
 int vexo_csc_gbr_ycbcr(vexo_csc *csc, vexo_cs *cs, color_range rgb_range, color_range ycbcr_range, vexo_ccp *ccp,
                        int nbits);
 
-/** vexo_csc_ycbcr_rgb2() to G B R. */
+/** vexo_csc_ycbcr_rgb2() with the output order G, B, R. */
 int vexo_csc_ycbcr_gbr(vexo_csc *csc, vexo_cs *cs, color_range ycbcr_range, color_range rgb_range, vexo_ccp *ccp,
                        int nbits);
 
-/** vexo_csc_ycbcr_rgb2() from Cb Y Cr. */
+/** vexo_csc_ycbcr_rgb2() with the input order Cb, Y, Cr. */
 int vexo_csc_cbycr_rgb(vexo_csc *csc, vexo_cs *cs, color_range ycbcr_range, color_range rgb_range, vexo_ccp *ccp,
                        int nbits);
 
-/** vexo_csc_rgb_ycbcr2() to Cb Y Cr. */
+/** vexo_csc_rgb_ycbcr2() with the output order Cb, Y, Cr. */
 int vexo_csc_rgb_cbycr(vexo_csc *csc, vexo_cs *cs, color_range rgb_range, color_range ycbcr_range, vexo_ccp *ccp,
                        int nbits);
 
-/** vexo_csc_ycbcr_rgb2() from Cr Y Cb. */
+/** vexo_csc_ycbcr_rgb2() with the input order Cr, Y, Cb. */
 int vexo_csc_crycb_rgb(vexo_csc *csc, vexo_cs *cs, color_range ycbcr_range, color_range rgb_range, vexo_ccp *ccp,
                        int nbits);
 
-/** vexo_csc_rgb_ycbcr2() to Cr Y Cb. */
+/** vexo_csc_rgb_ycbcr2() with the output order Cr, Y, Cb. */
 int vexo_csc_rgb_crycb(vexo_csc *csc, vexo_cs *cs, color_range rgb_range, color_range ycbcr_range, vexo_ccp *ccp,
                        int nbits);
 
-/** vexo_csc_rgb_rgb2() from G B R to G B R. */
+/** vexo_csc_rgb_rgb2() with the order G, B, R for input and output. */
 int vexo_csc_gbr_gbr(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_range dst_range, vexo_ccp *ccp,
                      int nbits);
 
-/** vexo_csc_rgb_rgb2() from B G R to R G B. */
+/** vexo_csc_rgb_rgb2() with the input order B, G, R and the output order R, G, B. */
 int vexo_csc_bgr_rgb(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_range dst_range, vexo_ccp *ccp,
                      int nbits);
 
 /**
- * Encodes csc: coefficients and offsets rounded half upward to their steps and saturated to -8192..8191, a NaN as 0;
- * the clips are 0 and 1023 whatever the depth. @return always 0.
+ * Encodes csc as registers. Coefficients and offsets are rounded to their steps, halves upward, and saturated to -8192
+ * to 8191. A NaN becomes 0. The clips are always 0 and 1023, at every depth.
+ * @return always 0.
  */
 int vexo_csc_float_reg(vexo_csc *csc, vexo_csc_reg *reg);
 
 /**
- * Prints the 18 registers as "PREFIX: NAME[INDEX] = 0xHEX", one a line; a negative register prints as 32 bits.
- * prefix must not be null.
+ * Prints the 18 registers as "PREFIX: NAME[INDEX] = 0xHEX", one register per line. A negative register is printed
+ * with 32 bits. prefix must not be null.
  */
 void vexo_csc_reg_dump(FILE *f, vexo_csc_reg *reg, char *prefix);
 

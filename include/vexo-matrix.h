@@ -1,10 +1,16 @@
 /**
  * @file vexo-matrix.h
- * The 3-vector and the 3x3 matrix on which all colour arithmetic of the library runs.
+ * The 3-vector and the 3x3 matrix. All colour arithmetic of the library uses them.
  *
- * Both records are plain values that the caller owns; copy them by assignment. Arithmetic is IEEE-754
- * single precision, in the order that each operation states. No operation checks an index or a pointer.
- * Unless a comment says otherwise, arguments may be the same object.
+ * Both records are plain values of the caller. Copy them by assignment. They own no memory.
+ *
+ * Arithmetic is IEEE 754 single precision. A sum of three terms is (a + b) + c.
+ *
+ * These rules hold unless a comment says otherwise:
+ * - Pointers must not be null. Row and column indexes must be 0, 1 or 2. Neither is checked.
+ * - Arguments may be the same object.
+ * - Status results are 0 for success and -1 for failure.
+ * - Nothing is printed on standard error.
  */
 #ifndef VEXO_MATRIX_H
 #define VEXO_MATRIX_H
@@ -15,12 +21,15 @@
 extern "C" {
 #endif
 
-/** A colour triple (XYZ, xyz, xyY, u'v'Y, RGB, YCbCr ...); its meaning is set by whoever filled it last. */
+/**
+ * A colour triple: XYZ, xyz, xyY, u'v'Y, L*a*b*, RGB, YCbCr and others. The record does not store which of these it
+ * holds. The last call that wrote it decides.
+ */
 typedef struct vexo_vector {
   float d[3]; /**< the components */
 } vexo_vector;
 
-/** A 3x3 matrix, d[row][column], applied to column vectors: component i of M v is the sum of d[i][j] v[j]. */
+/** A 3x3 matrix d[row][column]. It multiplies column vectors: component i of M v is the sum of d[i][j] v[j] over j. */
 typedef struct vexo_matrix {
   float d[3][3]; /**< the elements, row by row */
 } vexo_matrix;
@@ -28,100 +37,105 @@ typedef struct vexo_matrix {
 /** Sets all three components to 0. */
 void vexo_vector_init(vexo_vector *v);
 
-/** Sets m to the identity. */
+/** Sets m to the identity matrix. */
 void vexo_matrix_init(vexo_matrix *m);
 
-/** dst = src. */
+/** Copies src to dst. */
 void vexo_matrix_copy(vexo_matrix *dst, vexo_matrix *src);
 
-/** dst = src. */
+/** Copies src to dst. */
 void vexo_vector_copy(vexo_vector *dst, vexo_vector *src);
 
-/** m = m n: the product applies n first. Each element is (a + b) + c over the columns of m, left to right. */
+/**
+ * Computes m = m n. The product applied to a vector applies n first, then the old m. Each element is the sum
+ * (m[i][0] n[0][j] + m[i][1] n[1][j]) + m[i][2] n[2][j].
+ */
 void vexo_matrix_multiply(vexo_matrix *m, const vexo_matrix *n);
 
-/** v = m v, each component summed as (a + b) + c. */
+/** Computes v = m v. Each component is the sum (m[i][0] v[0] + m[i][1] v[1]) + m[i][2] v[2]. */
 void vexo_matrix_transform(vexo_matrix *m, vexo_vector *v);
 
-/** Column c (0..2) of m = v. */
+/** Copies v into column c of m. */
 void vexo_matrix_set_column(vexo_matrix *m, vexo_vector *v, int c);
 
-/** Row r (0..2) of m = v. */
+/** Copies v into row r of m. */
 void vexo_matrix_set_row(vexo_matrix *m, vexo_vector *v, int r);
 
-/** v = row r (0..2) of m. */
+/** Copies row r of m into v. */
 void vexo_matrix_get_row(vexo_matrix *m, vexo_vector *v, int r);
 
-/** Completes a chromaticity pair: v = (x, y, (1 - x) - y). */
+/** Sets v to the chromaticity (x, y, z) of the pair xy[0], xy[1]. z is (1 - x) - y. */
 void vexo_vector_set_xy(vexo_vector *v, const float *xy);
 
-/** v = the three floats at xyz. */
+/** Copies the three floats at xyz into v. */
 void vexo_vector_set_xyz(vexo_vector *v, const float *xyz);
 
-/** v = v + u, component by component. */
+/** Computes v = v + u, component by component. */
 void vexo_vector_add(vexo_vector *v, vexo_vector *u);
 
-/** v = v - u, component by component. */
+/** Computes v = v - u, component by component. */
 void vexo_vector_sub(vexo_vector *v, vexo_vector *u);
 
 /**
- * v = v / u, component by component, first to last.
- * @return 0, or -1 at the first component of u that is 0: the components before it are divided already.
+ * Computes v = v / u, component by component, from the first to the last.
+ * @return 0, or -1 when a component of u is 0. The division stops there. The components of v before it are already
+ * divided, the others are unchanged.
  */
 int vexo_vector_div(vexo_vector *v, vexo_vector *u);
 
-/** v = s v. */
+/** Multiplies all components of v by s. */
 void vexo_vector_scale(vexo_vector *v, float s);
 
 /**
- * Mode 1 divides the matrix by its largest row sum; any other mode does nothing.
- * A matrix of which no row sum is above 0 stays as it is.
+ * Mode 1 divides all elements of m by the largest row sum. When no row sum is above 0, m does not change. Other modes
+ * do nothing.
  */
 void vexo_matrix_normalize(vexo_matrix *m, int mode);
 
 /**
- * Mode 1 divides v by its largest component (signed), mode 2 by its second component, which becomes
- * exactly 1 (an XYZ with Y = 1); any other mode does nothing. A divisor of 0 leaves v as it is.
+ * Divides v by one of its own components. Mode 1 divides by the largest component; the comparison is signed. Mode 2
+ * divides by the second component and sets that component to exactly 1, as for an XYZ with Y = 1. Other modes do
+ * nothing. When the divisor is 0, v does not change.
  */
 void vexo_vector_normalize(vexo_vector *v, int mode);
 
 /**
- * n = the inverse of m, by the adjugate. n and m must be different objects.
- * @return 0, or -1 for a singular matrix (determinant 0 or below 1e-15 in magnitude); n is then untouched.
+ * Computes n = the inverse of m, as the adjugate divided by the determinant. n and m must be different objects.
+ * @return 0, or -1 when m is singular: the determinant is 0 or its magnitude is below 1e-15. n does not change then.
  */
 int vexo_matrix_invert(vexo_matrix *n, const vexo_matrix *m);
 
-/** Prints m under the heading "PREFIX Matrix(ADDRESS):"; prefix may be null. */
+/** Prints m below the heading "PREFIX Matrix(ADDRESS):". prefix may be null. */
 void vexo_matrix_dump(FILE *f, vexo_matrix *m, char *prefix);
 
-/** Prints v in one bracketed line, led by a heading "PREFIX Vector(ADDRESS):" unless prefix is null. */
+/** Prints v as one line in brackets, below the heading "PREFIX Vector(ADDRESS):". No heading when prefix is null. */
 void vexo_vector_dump(FILE *f, vexo_vector *v, const char *prefix);
 
 /**
- * Writes the 36-byte image of m: nine IEEE-754 singles, row by row, in host byte order.
- * @return 0, or -1 when the stream did not take the whole image.
+ * Writes m as 36 bytes: nine IEEE 754 single-precision numbers, row by row, in the byte order of the host.
+ * @return 0, or -1 when the stream did not take all bytes.
  */
 int vexo_matrix_store(FILE *f, vexo_matrix *m);
 
 /**
- * Reads the 36-byte image that vexo_matrix_store() writes.
- * @return 0, or -1 when the stream did not hold a whole image; m may then be partly overwritten.
+ * Reads the 36 bytes that vexo_matrix_store() writes.
+ * @return 0, or -1 when the stream had fewer bytes. m may then be partly overwritten.
  */
 int vexo_matrix_load(FILE *f, vexo_matrix *m);
 
 /**
- * Writes the 12-byte image of v: three IEEE-754 singles in host byte order.
- * @return 0, or -1 when the stream did not take the whole image.
+ * Writes v as 12 bytes: three IEEE 754 single-precision numbers in the byte order of the host.
+ * @return 0, or -1 when the stream did not take all bytes.
  */
 int vexo_vector_store(FILE *f, vexo_vector *v);
 
 /**
- * Reads the 12-byte image that vexo_vector_store() writes.
- * @return 0, or -1 when the stream did not hold a whole image; v may then be partly overwritten.
+ * Reads the 12 bytes that vexo_vector_store() writes.
+ * @return 0, or -1 when the stream had fewer bytes. v may then be partly overwritten.
  */
 int vexo_vector_load(FILE *f, vexo_vector *v);
 
-/** @return (v[0] + v[1]) + v[2]. */
+/** @return the sum (v[0] + v[1]) + v[2]. */
 float vexo_vector_sum(vexo_vector *v);
 
 /** @return the median of the three components. */

@@ -1,9 +1,15 @@
 /**
  * @file vexo-util.h
- * Linear interpolation between two values, over the corners of a square and over the corners of a cube.
+ * Linear interpolation (lerp) between two values, between the 4 corners of a square and between the 8 corners of a
+ * cube.
  *
- * Fractions run from 0 (first value) to 1 (second value); outside that range the values are extended, not clamped.
- * Corner arrays are nested with the first fraction's index outermost. The innermost index is interpolated first.
+ * A fraction of 0 selects the first value, a fraction of 1 the second value. Fractions outside 0 to 1 extrapolate:
+ * they are not clamped.
+ *
+ * Corner arrays are nested. The outermost index belongs to the first fraction. The innermost index is interpolated
+ * first.
+ *
+ * Pointers must not be null; they are not checked. Nothing is written.
  */
 #ifndef VEXO_UTIL_H
 #define VEXO_UTIL_H
@@ -13,15 +19,16 @@ extern "C" {
 #endif
 
 /**
- * @return v[0] (1 - target) + v[1] target, exactly v[0] at 0 and v[1] at 1 when both are finite. The second product is
- * formed in single precision, the first and the sum in double, rounded once.
+ * Interpolates between v[0] and v[1]. The product target v[1] is rounded to single precision. The product
+ * v[0] (1 - target) and the sum are computed in double. The sum is rounded to float once.
+ * @return the value. For finite v it is exactly v[0] at target 0 and exactly v[1] at target 1.
  */
 float linear_inter(float target, float *v);
 
-/** @return the value at (target[0], target[1]) between the 2x2 corners v[i][j], by linear_inter() along j, then i. */
+/** @return the value at the fractions target[0], target[1] between the corners v[i][j]. Lerps along j, then along i. */
 float bilinear_inter(float *target, float v[][2]);
 
-/** @return the value at target[0..2] between the 2x2x2 corners v[i][j][k], by linear_inter() along k, j, then i. */
+/** @return the value at the fractions target[0..2] between the corners v[i][j][k]. Lerps along k, then j, then i. */
 float trilinear_inter(float *target, float v[][2][2]);
 
 #ifdef __cplusplus
