@@ -43,8 +43,8 @@ int vexo_XYZ_xyY(vexo_vector *XYZ);
  * Converts a table of XYZ samples to xyY above black. XYZ points to three columns of size floats; sample i is
  * (XYZ[0][i], XYZ[1][i], XYZ[2][i]). Sample 0 is black. It becomes (0, 0, 0). Every other sample becomes the xyY of
  * its XYZ minus the XYZ of black. The columns must not overlap.
- * @return 0. -1 at the first sample whose difference does not have X + Y + Z > 0: sample 0 and the samples before it
- * are converted, that sample and the later ones still hold XYZ. -1 with nothing written when size is below 1.
+ * @return 0 on success. -1 at the first sample whose difference does not have X + Y + Z > 0: sample 0 and the samples
+ * before it are converted, that sample and the later ones still hold XYZ. -1 with nothing written when size is below 1.
  */
 int vexo_XYZ_xyY_array(int size, float **XYZ);
 
@@ -72,7 +72,8 @@ int vexo_xyY_mix(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY);
 
 /**
  * Computes the additive mixture of three colours: vexo_xyY_mix() of the first two, then of the result and the third.
- * @return 0. -1 with xyY unchanged when the first mixture fails. -1 with xyY (0, 0, 0) when the second mixture fails.
+ * @return 0 on success. -1 with xyY unchanged when the first mixture fails. -1 with xyY (0, 0, 0) when the second
+ * mixture fails.
  */
 int vexo_xyY_mix_3(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY3, vexo_vector *xyY);
 
@@ -161,8 +162,8 @@ void vexo_cs_set_w(vexo_cs *cs, float x, float y);
 
 /**
  * Computes the normalised primary matrix m of the four chromaticities in cs. m may be cs->npm.
- * @return 0. -1 with m unchanged when the white has y = 0. -1 with the primaries in the columns of m when these lie
- * on a line (see vexo_matrix_invert()).
+ * @return 0 on success. -1 with m unchanged when the white has y = 0. -1 with the primaries in the columns of m when
+ * these lie on a line (see vexo_matrix_invert()).
  */
 int vexo_cs_matrix(vexo_cs *cs, vexo_matrix *m);
 
@@ -175,8 +176,8 @@ int vexo_cs_init(vexo_cs *cs, float data[4][2]);
 /**
  * Fills cs from measurements. r, g, b, w and d are the XYZ of the red, green, blue, white and black patch: three
  * floats each, all in one unit. Black is subtracted from the others.
- * @return 0. -1 with cs unchanged when a patch does not have X + Y + Z above that of black. Else the status of
- * vexo_cs_matrix() for npm.
+ * @return 0 on success. -1 with cs unchanged when a patch does not have X + Y + Z above that of black. Else the status
+ * of vexo_cs_matrix() for npm.
  */
 int vexo_cs_init_XYZ(vexo_cs *cs, const float *r, const float *g, const float *b, const float *w, const float *d);
 
@@ -232,8 +233,8 @@ int vexo_cs_store(FILE *f, vexo_cs *cs);
 
 /**
  * Reads the 48 bytes that vexo_cs_store() writes and computes npm.
- * @return 0. -1 when the stream had fewer bytes; the vectors before that point are overwritten. Else the status of
- * vexo_cs_matrix() for npm.
+ * @return 0 on success. -1 when the stream had fewer bytes; the vectors before that point are overwritten. Else the
+ * status of vexo_cs_matrix() for npm.
  */
 int vexo_cs_load(FILE *f, vexo_cs *cs);
 

@@ -155,8 +155,8 @@ void vexo_ccp_init(vexo_ccp *ccp);
  * The luma weights are row 1 of npm of the colour space on the YCbCr side. Normalised Y, R, G, B run from 0 to 1,
  * normalised Pb, Pr from -0.5 to 0.5. With these,
  *
- *   YPbPr = hsc (RGB to YPbPr) gain adaptation (RGB + offset), plus brightness,        encoding
- *   RGB = gain adaptation (YPbPr to RGB) hsc (YPbPr + brightness), plus offset,        decoding
+ *     encoding:  YPbPr = hsc (RGB to YPbPr) gain adaptation (RGB + offset) + brightness
+ *     decoding:  RGB = gain adaptation (YPbPr to RGB) hsc (YPbPr + brightness) + offset
  *
  * hsc scales Y by contrast, scales Pb and Pr by contrast saturation and rotates (Pb, Pr) by the angle hue. Decoding
  * uses the same hsc; it is not inverted.
@@ -165,8 +165,8 @@ void vexo_ccp_init(vexo_ccp *ccp);
  * or brightness then has no effect on that side. A colour space whose green luma weight is 0 cannot be decoded; the
  * result is then undefined.
  *
- * @return 0. -1 with csc unchanged when a range is none of the eight or a depth is outside 8 to 30. -1 with csc
- * undefined when npm of ocs has no inverse.
+ * @return 0 on success. -1 with csc unchanged when a range is none of the eight or a depth is outside 8 to 30. -1 with
+ * csc undefined when npm of ocs has no inverse.
  */
 int _vexo_csc_rgb_ycbcr(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range rgb_range, color_range ycbcr_range,
                         vexo_ccp *ccp, int ibits, int obits);

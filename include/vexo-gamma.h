@@ -64,8 +64,8 @@ typedef struct vexo_lut {
 /**
  * Allocates size entries. Their values are undefined. Entries that lut already holds are not freed; the pointer to
  * them is lost.
- * @return 0. -1 when the entries cannot be allocated or size is negative: lut->size is then size, lut->d is null, and
- * a line is printed on standard error.
+ * @return 0 on success. -1 when the entries cannot be allocated or size is negative: lut->size is then size, lut->d is
+ * null, and a line is printed on standard error.
  */
 int vexo_lut_init(vexo_lut *lut, int size);
 
@@ -184,8 +184,8 @@ int vexo_luts_store_int(FILE *f, vexo_lut *lut, int nbits);
  *
  * The reader reads one line beyond the last entry. A read error in that line does not change the result: check
  * ferror().
- * @return 0. -1 for an empty file, a file without its data, a depth outside 1 to 30, or failed allocation: the records
- * are then unchanged or as vexo_lut_init() leaves them. -1 for a file with too few lines.
+ * @return 0 on success. -1 for an empty file, a file without its data, a depth outside 1 to 30, or failed allocation:
+ * the records are then unchanged or as vexo_lut_init() leaves them. -1 for a file with too few lines.
  */
 int vexo_luts_load_int(FILE *f, vexo_lut *lut);
 

@@ -57,7 +57,7 @@ int vexo_lcnr_normalize(vexo_lcnr *lcnr);
 void vexo_data_dump(FILE *f, float data[3][3][1024], char *prefix);
 
 /**
- * Finds the level at which the relative luminance of one channel reaches luma. data is the tables of that channel,
+ * Finds the level at which the relative luminance of one channel reaches luma. data holds the tables of that channel,
  * data[c] of a context. v receives the xyY there, interpolated in XYZ. A luma below or above the table gives the first
  * or last level.
  * @return the level, 0 to 1023 with a fraction. -1 with v unchanged when no level is found because luma or the top of
@@ -85,8 +85,8 @@ int vexo_lut_get_xyY(vexo_vector *v, vexo *panel, vexo_lut *lut, float r, float 
  *
  * The search looks for the drives whose mixture has the smallest distance (2 dx)^2 + dy^2 to the target. It starts at
  * full drive and goes down in whole table levels. A pass tries 33 levels of each channel. When the best of them is the
- * lowest of a channel, another pass starts there. Of equal distances the first wins: the highest red, then green, then
- * blue.
+ * lowest of a channel, another pass starts there. Of equal distances the first is taken: the highest red, then green,
+ * then blue.
  *
  * A target outside the gamut gives the nearest colour found. A target so far away that no tried mixture has a distance
  * below 2 gives gains of 1, and so does a NaN.
@@ -119,9 +119,9 @@ int vexo_adjust_wb(const float *R, const float *G, const float *B, const float *
                    vexo_vector *rgb);
 
 /**
- * Computes three correction LUTs without white balance. data is the tables of a context. Entry i of lut[c] is the drive
- * at which the relative luminance of channel c is system(camera^-1(i / (size - 1))). A LUT with fewer than 2 entries
- * does not change.
+ * Computes three correction LUTs without white balance. data holds the tables of a context. Entry i of lut[c] is the
+ * drive at which the relative luminance of channel c is system(camera^-1(i / (size - 1))). A LUT with fewer than 2
+ * entries does not change.
  * @return always 0.
  */
 int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_gamma *camera, vexo_gamma *system);
@@ -131,15 +131,16 @@ int vexo_generate_lcnr_invert_lut(vexo_lut *lut, float data[3][3][1024], vexo_ga
  * curves, multiplies the LUTs by the gains of vexo_peak_white_adjust(), and then searches red and blue of each level
  * for the chromaticity of the target. Entries 0 to 15 become a straight line from 0.
  *
- * lut is three LUTs of 1024 entries; they receive drives from 0 to 1. wt is the target white (x, y, 1 - x - y).
+ * lut points to three LUTs of 1024 entries. They receive drives from 0 to 1. wt is the target white (x, y, 1 - x - y).
  * Afterwards the tables of the context describe the panel without LUTs.
  *
  * Not checked: a channel whose Y is 0 in every row. It still has tables. Its relative luminance is NaN, the result is
  * 0, and its LUT has no meaning.
- * @return 0. -1 with lut unchanged when memory cannot be allocated or the measurements give no tables: fewer than 2
- * rows or more than 64, levels that do not rise from 0, a value that is not finite, or a level whose X + Y + Z is not
- * above that of black. -1 and a line on standard error when a LUT does not have 1024 entries; the LUTs are then filled
- * but red and blue are not searched. -1 with the LUTs in the same state, without a line, when wt has no chromaticity.
+ * @return 0 on success. -1 with lut unchanged when memory cannot be allocated or the measurements give no tables: fewer
+ * than 2 rows or more than 64, levels that do not rise from 0, a value that is not finite, or a level whose X + Y + Z
+ * is not above that of black. -1 and a line on standard error when a LUT does not have 1024 entries; the LUTs are then
+ * filled but red and blue are not searched. -1 with the LUTs in the same state, without a line, when wt has no
+ * chromaticity.
  */
 int vexo_generate_lut(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wt);
 
@@ -151,9 +152,9 @@ int vexo_generate_lut(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma
  *
  * lut and wb are as lut and wt in vexo_generate_lut(). Afterwards the tables of the context describe the panel seen
  * through the balance.
- * @return 0. -1 with lut unchanged in the cases in which vexo_generate_lut() fails, a wrong LUT size included, and when
- * the balance leaves a level without light. An infinite value above finite ones is lowered like any other value and is
- * then no error.
+ * @return 0 on success. -1 with lut unchanged in the cases in which vexo_generate_lut() fails, a wrong LUT size
+ * included, and when the balance leaves a level without light. An infinite value above finite ones is lowered like any
+ * other value and is then no error.
  */
 int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gamma *system, vexo_vector *wb);
 
@@ -173,10 +174,10 @@ int vexo_data_alignment(vexo_lut *lut, vexo *panel, vexo_gamma *camera, vexo_gam
 int vexo_panel_gray_point_adjust(float *gray, float *target, float *lut, unsigned short *maxValue);
 
 /**
- * As vexo_panel_gray_point_adjust(), but the shares are the linear RGB of target in the colour space of the panel. R,
- * G, B, W (white) and D (black) are measured XYZ, three floats each.
- * @return 0. -1 with lut unchanged when the measurements give no colour space (see vexo_cs_init_XYZ()) or when a
- * component of the linear RGB is not above 0.
+ * Moves the codes of one gray point as vexo_panel_gray_point_adjust(), but m is the linear RGB of target in the colour
+ * space of the panel. R, G, B, W (white) and D (black) are measured XYZ, three floats each.
+ * @return 0 on success. -1 with lut unchanged when the measurements give no colour space (see vexo_cs_init_XYZ()) or
+ * when a component of the linear RGB is not above 0.
  */
 int vexo_panel_cs_gray_point_adjust(const float *R, const float *G, const float *B, const float *W, const float *D,
                                     float *target, float *lut, unsigned short *maxValue);
@@ -219,9 +220,9 @@ int vexo_lut_dump_gray_gamma(FILE *f, vexo *panel, vexo_lut *lut);
 /**
  * Reads an LCNR file. This is XML in which each LEVEL element holds ten numbers separated by commas: the level, then X,
  * Y, Z of red, green and blue. Every piece of text in a LEVEL element is a row, even when it is not complete. A field
- * without a number keeps its old value in the record. Rows after the 64th are dropped.
- * @return 0. -1 with a line on standard error when the file cannot be read, when it is not XML, or when memory cannot
- * be allocated.
+ * without a number keeps its old value in the record. Rows after the 64th are dropped. Do not use the record after -1.
+ * @return 0 on success. -1 with a line on standard error when the file cannot be read, when it is not XML, or when
+ * memory cannot be allocated.
  */
 int vexo_load_lcnr_xml(vexo_lcnr *lcnr, const char *path);
 
@@ -233,7 +234,7 @@ int vexo_store_lcnr_xml(vexo_lcnr *lcnr, const char *path);
 
 /**
  * Looks for a measured value that falls from one row to the next.
- * @return 0. -1 at the first such value; a line on standard error then names its channel, component and row.
+ * @return 0 on success. -1 at the first such value; a line on standard error then names its channel, component and row.
  */
 int vexo_lcnr_sanity_check(vexo_lcnr *lcnr);
 
