@@ -7,14 +7,16 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "base/codes.h"
 #include "base/exact.h"
+#include "base/owners.h"
 #include "base/search.h"
 #include "vexo-curve.h"
 
 using vexo_internal::blend;
+using vexo_internal::Block;
+using vexo_internal::block_of;
 using vexo_internal::first_reached;
 using vexo_internal::FirstReach;
 using vexo_internal::max_code;
@@ -23,15 +25,6 @@ using vexo_internal::table_at;
 using vexo_internal::valid_depth;
 
 namespace {
-
-struct Free {
-  void operator()(void *p) const { free(p); }
-};
-template <typename T> using Owned = std::unique_ptr<T, Free>;
-
-template <typename T> Owned<T> allocate(int count) {
-  return Owned<T>(static_cast<T *>(calloc(static_cast<size_t>(count), sizeof(T))));
-}
 
 // Stores the size and takes over the storage allocated for it.
 int adopt(vexo_lut *lut, int size, void *storage) {
@@ -322,10 +315,8 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
   if (lut->size < 2 || panel->size < 2) {
     return -1;
   }
-  const Owned<int> owned_nx = allocate<int>(lut->size);
-  const Owned<float> owned_ny = allocate<float>(lut->size);
-  int *const nx = owned_nx.get();
-  float *const ny = owned_ny.get();
+  const Block<int> nx = block_of<int>(static_cast<size_t>(lut->size));
+  const Block<float> ny = block_of<float>(static_cast<size_t>(lut->size));
   if (nx == nullptr || ny == nullptr) {
     return -1;
   }
@@ -353,7 +344,7 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
     drives++;
   }
   store_knot();
-  vexo_interpolate_linear(knots, nx, ny, lut->d);
+  vexo_interpolate_linear(knots, nx.get(), ny.get(), lut->d);
   return 0;
 }
 
