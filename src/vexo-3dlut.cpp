@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "base/clones.h"
+#include "base/codes.h"
 #include "base/exact.h"
 #include "base/lines.h"
 #include "base/locale.h"

@@ -3,17 +3,15 @@
 // declared in vexo-cs.h.
 #include "vexo-cs.h"
 
-#include <climits>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 
-#include "base/numbers.h"
+#include "base/codes.h"
 #include "vexo-xyY.h"
 
-using vexo_internal::mix_weighted;
+using vexo_internal::Light;
+using vexo_internal::mix;
+using vexo_internal::rounded;
 using vexo_internal::valid_xyY;
-using vexo_internal::weight;
 
 namespace {
 
@@ -69,54 +67,20 @@ const float rt[kLines] = {1e-16F,   1e-05F,    2e-05F, 3e-05F,    4e-05F,   5e-0
                           2.5e-04F, 2.75e-04F, 3e-04F, 3.25e-04F, 3.5e-04F, 3.75e-04F, 4e-04F, 4.25e-04F,
                           4.5e-04F, 4.75e-04F, 5e-04F, 5.25e-04F, 5.5e-04F, 5.75e-04F, 6e-04F};
 
-// sqrt(1 + t^2) of the lines in double, from t^2 in single precision.
-const double steepness[kLines] = {1.0291979559429039, 1.0319486187898508, 1.0354863270340853, 1.0399266535944576,
-                                  1.045390874122708,  1.0520292620722953, 1.0599973740860065, 1.0694646888457169,
-                                  1.0806161254531643, 1.0936425905621345, 1.1087497641725514, 1.1570525348361755,
-                                  1.2233626546169605, 1.3117995209446,    1.4271409749365458, 1.5749927444896397,
-                                  1.7623794568551543, 1.9980510513992886, 2.2932199473776564, 2.6629904102836064,
-                                  3.1282403549280997, 3.718390182910901,  4.476425514987975,  5.468411854780232,
-                                  6.800129990176716,  8.653474548707976,  11.368068721211854, 15.65996137475406,
-                                  23.34642722265015,  40.78226321777719,  116.45428958393933};
-
 // The distance at a right angle to a line, from the difference in v at one u.
-float normalised(float distance, int line) {
-  return static_cast<float>(static_cast<double>(distance) / steepness[line]);
+float perpendicular(float distance, const UVT &line) {
+  return static_cast<float>(static_cast<double>(distance) / std::sqrt(1.0 + static_cast<double>(line.t * line.t)));
 }
 
-// Kelvin above 0 to the nearest integer, halves away from zero; INT_MAX stands for everything above it.
-int whole_kelvin(float kelvin) { return kelvin < 2147483648.0F ? vexo_internal::nearest(kelvin) : INT_MAX; }
-
-// x to the power 0.3333333333333333, rounded to single precision, for x > 0. Of a first guess that divides the exponent
-// by three (3.3 % off at worst) two of Halley's steps make one that is 1e-14 off; the exponent, a little below a third,
-// moves a float by 1.7e-15. Where 2e-14 cannot round to another float, that saves the power function. NaN and infinity
-// do not compare equal on the way and so take it.
-float cube_root(double x) {
-  uint64_t guess;
-  memcpy(&guess, &x, sizeof guess);
-  guess = guess / 3 + 0x2A9F7893782DA1CE;
-  double y;
-  memcpy(&y, &guess, sizeof y);
-  for (int step = 0; step < 2; step++) {
-    const double cube = y * y * y;
-    y *= (cube + 2.0 * x) / (2.0 * cube + x);
-  }
-  const float low = static_cast<float>(y * (1.0 - 2e-14));
-  if (low == static_cast<float>(y * (1.0 + 2e-14))) {
-    return low;
-  }
-  return static_cast<float>(std::pow(x, 0.3333333333333333));
-}
-
-// The lightness function f of CIE 15: cube root, with a straight line below the ratio (6/29)^3.
-float vexo_XYZ_uniformity(float X, float Xn) {
+// The lightness function f of CIE 15: the cube root, with a straight line below the ratio (6/29)^3.
+float lightness_response(float X, float Xn) {
   const float node = 0.008856452F; // (6/29)^3
   const float scale = 7.787037F;   // (29/6)^2 / 3
-  const float var = X / Xn;
-  if (var < node) {
-    return static_cast<float>(static_cast<double>(var * scale) + 0.13793103448275862); // 16/116
+  const float ratio = X / Xn;
+  if (ratio < node) {
+    return static_cast<float>(static_cast<double>(ratio * scale) + 0.13793103448275862); // 16/116
   }
-  return cube_root(static_cast<double>(var));
+  return static_cast<float>(std::pow(static_cast<double>(ratio), 0.3333333333333333));
 }
 
 // L* from f(Y / Yn).
@@ -134,22 +98,10 @@ const double kTwoPi = 6.283185307179586;
 
 float chroma(float a, float b) { return std::sqrt(b * b + a * a); }
 
-// CIEDE2000's measure of how strong a chroma is, 0..1: sqrt(C^7 / (C^7 + 25^7)).
-double strength(double C7) { return std::sqrt(C7 / (C7 + 6103515625.0)); }
-
-// scale strength(C^7) + offset, rounded to single precision, for a scale of at most 2 either way. The power by
-// multiplications is right to 4 roundings and pow() to one; with those of the steps after it, halved by the root, the
-// results differ by less than 1.8e-15. Where that cannot round to another float, it saves the power function.
-float scaled_strength(float C, double scale, double offset) {
-  const double C1 = static_cast<double>(C);
-  const double C3 = C1 * C1 * C1;
-  const double value = scale * strength(C3 * C3 * C1) + offset;
-  const double error = 1.8e-15;
-  const float low = static_cast<float>(value - error);
-  if (low == static_cast<float>(value + error)) {
-    return low;
-  }
-  return static_cast<float>(scale * strength(std::pow(C1, 7.0)) + offset);
+// The chroma weight of CIEDE2000, 0..1: sqrt(C^7 / (C^7 + 25^7)).
+double chroma_weight(float C) {
+  const double C7 = std::pow(static_cast<double>(C), 7.0);
+  return std::sqrt(C7 / (C7 + 6103515625.0));
 }
 
 // Hue angle, 0 to 2 pi, rounded to single precision before the turn is added.
@@ -191,7 +143,7 @@ float hue_weight(float hpbar) {
 
 // R_T: ties chroma and hue differences together in the blues, around 275 degrees.
 float rotation(float hpbar, float Cpbar) {
-  const float RC = scaled_strength(Cpbar, 2.0, 0.0);
+  const float RC = static_cast<float>(2.0 * chroma_weight(Cpbar));
   const double z = (static_cast<double>(hpbar * 180.0F) / kPi - 275.0) / 25.0;
   const float dtheta = static_cast<float>(30.0 * std::exp(-(z * z)));
   return static_cast<float>(-std::sin(2.0 * static_cast<double>(dtheta) * kPi / 180.0) * static_cast<double>(RC));
@@ -291,12 +243,10 @@ int vexo_XYZ_mix(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *XYZ) {
 }
 
 int vexo_xyY_mix(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY) {
-  if (!valid_xyY(*xyY1) || !valid_xyY(*xyY2)) {
-    vexo_vector_init(xyY);
-    return -1;
-  }
-  *xyY = mix_weighted(*xyY1, weight(*xyY1), *xyY2, weight(*xyY2));
-  return 0;
+  const Light a(*xyY1);
+  const Light b(*xyY2);
+  *xyY = mix(a, b);
+  return a.valid && b.valid ? 0 : -1;
 }
 
 int vexo_xyY_mix_3(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY3, vexo_vector *xyY) {
@@ -323,9 +273,9 @@ int vexo_xyz_cct(float *xyz) {
   for (int i = 1; i < kLines; i++) {
     const float di = distance(i);
     if ((di < 0.0F) != (dm < 0.0F) && !std::isnan(dm) && !std::isnan(di)) {
-      const float before = normalised(dm, i - 1);
-      const float p = before / (before - normalised(di, i));
-      return whole_kelvin(1.0F / (rt[i - 1] + (rt[i] - rt[i - 1]) * p));
+      const float before = perpendicular(dm, uvt[i - 1]);
+      const float p = before / (before - perpendicular(di, uvt[i]));
+      return rounded<int>(static_cast<double>(1.0F / (rt[i - 1] + (rt[i] - rt[i - 1]) * p)));
     }
     dm = di;
   }
@@ -334,7 +284,7 @@ int vexo_xyz_cct(float *xyz) {
 
 int vexo_XYZ_CCT(vexo_vector *XYZ) { return vexo_xyz_cct(XYZ->d); }
 
-float vexo_XYZ_Lstar(vexo_vector *XYZ, float Yn) { return lightness(vexo_XYZ_uniformity(XYZ->d[1], Yn), Yn); }
+float vexo_XYZ_Lstar(vexo_vector *XYZ, float Yn) { return lightness(lightness_response(XYZ->d[1], Yn), Yn); }
 
 int vexo_XYZ_Luv(vexo_vector *XYZ, vexo_vector *REF) {
   const float Lstar = vexo_XYZ_Lstar(XYZ, REF->d[1]);
@@ -358,9 +308,9 @@ float vexo_XYZ_DEuv(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *REF) {
 }
 
 int vexo_XYZ_Lab(vexo_vector *XYZ, vexo_vector *REF) {
-  const float fX = vexo_XYZ_uniformity(XYZ->d[0], REF->d[0]);
-  const float fY = vexo_XYZ_uniformity(XYZ->d[1], REF->d[1]);
-  const float fZ = vexo_XYZ_uniformity(XYZ->d[2], REF->d[2]);
+  const float fX = lightness_response(XYZ->d[0], REF->d[0]);
+  const float fY = lightness_response(XYZ->d[1], REF->d[1]);
+  const float fZ = lightness_response(XYZ->d[2], REF->d[2]);
   *XYZ = vexo_vector{{lightness(fY, REF->d[1]), (fX - fY) * 500.0F, (fY - fZ) * 200.0F}};
   return 0;
 }
@@ -391,7 +341,7 @@ float vexo_Lab_DE2000(vexo_vector *Lab1, vexo_vector *Lab2) {
   const auto &c1 = Lab1->d;
   const auto &c2 = Lab2->d;
   const float Cbar = (chroma(c1[1], c1[2]) + chroma(c2[1], c2[2])) * 0.5F;
-  const float G = scaled_strength(Cbar, -0.5, 0.5);
+  const float G = static_cast<float>(0.5 * (1.0 - chroma_weight(Cbar)));
   const float ap1 = (1.0F + G) * c1[1];
   const float ap2 = (1.0F + G) * c2[1];
   const float Cp1 = chroma(ap1, c1[2]);

@@ -2,6 +2,7 @@
 // blend are formed in double and rounded once.
 #include "vexo-gamma.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -12,14 +13,13 @@
 #include "base/exact.h"
 #include "base/owners.h"
 #include "base/search.h"
-#include "vexo-curve.h"
 
 using vexo_internal::blend;
 using vexo_internal::Block;
 using vexo_internal::block_of;
 using vexo_internal::first_reached;
-using vexo_internal::FirstReach;
 using vexo_internal::max_code;
+using vexo_internal::rounded;
 using vexo_internal::short_code_of;
 using vexo_internal::table_at;
 using vexo_internal::valid_depth;
@@ -56,14 +56,14 @@ void sample_curve(float (*curve)(vexo_gamma *, float), vexo_gamma *gamma, vexo_l
   }
 }
 
-// x^exponent. The first power is x itself, as the library function too finds, at far greater cost.
-double power(double x, double exponent) { return exponent == 1.0 ? x : std::pow(x, exponent); }
-
-// The normalised position at which a table reaches y, 0 < y < 1, where entry i + 1 is the first after 0 to reach it.
-float position_between(const vexo_lut *lut, int i, float y) {
+// vexo_lut_inverse(), where entry i + 1 is the first after entry 0 that reaches y. There is none when i is the last.
+float inverse_in_segment(const vexo_lut *lut, int i, float y) {
+  if (y <= 0.0F) {
+    return 0.0F;
+  }
   const float *d = lut->d;
   const int n = lut->size - 1;
-  if (i >= n) {
+  if (y >= 1.0F || i >= n) {
     return 1.0F;
   }
   if (d[i + 1] == d[i]) { // only a flat start: any other segment begins below y
@@ -75,35 +75,34 @@ float position_between(const vexo_lut *lut, int i, float y) {
   return static_cast<float>(position / static_cast<double>(n));
 }
 
-// The output entry nearest to position p, between 0 and last; a NaN is entry 0.
-int nearest_entry(double p, int last) {
-  if (!(p > 0.0)) {
-    return 0;
+// first_reached() for many values that mostly rise.
+//   Searched: any table of any size.
+//   Order: from the last answer upward; from the start again for a value that an entry passed over reaches.
+//   End: an entry reaches the value, or the table ends.
+//   Result: the first entry that reaches the value, or count.
+class RisingSearch {
+public:
+  RisingSearch(const float *table, int count) : table_(table), count_(count) {}
+
+  int first(float y) {
+    if (y <= passed_) {
+      at_ = 0;
+      passed_ = -INFINITY;
+    }
+    for (; at_ < count_ && !(y <= table_[at_]); at_++) {
+      passed_ = std::max(passed_, table_[at_]); // a NaN stays out
+    }
+    return at_;
   }
-  return p >= static_cast<double>(last) ? last : static_cast<int>(std::lround(p));
-}
+
+private:
+  const float *table_;
+  int count_;
+  int at_ = 0;
+  float passed_ = -INFINITY; // the highest entry before at_
+};
 
 } // namespace
-
-void vexo_internal::light_of_inputs(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system) {
-  const float lut_step = step_of(lut->size);
-  for (int i = 0; i < lut->size; i++) {
-    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
-    lut->d[i] = vexo_gamma_evaluate(system, scene);
-  }
-}
-
-void vexo_internal::drives_of_light(vexo_lut *lut, const vexo_lut *panel) {
-  FirstReach search(panel->d + 1, panel->size - 1);
-  for (int i = 0; i < lut->size; i++) {
-    const float y = lut->d[i];
-    if (y <= 0.0F || y >= 1.0F) {
-      lut->d[i] = y <= 0.0F ? 0.0F : 1.0F;
-    } else {
-      lut->d[i] = position_between(panel, search.first(y), y);
-    }
-  }
-}
 
 static_assert(sizeof(vexo_gamma) == 16 && sizeof(vexo_lut) == 2 * sizeof(void *), "part of the binary interface");
 
@@ -120,7 +119,7 @@ float vexo_gamma_evaluate(vexo_gamma *gamma, float x) {
     return gamma->slope * x;
   }
   const double offset = static_cast<double>(gamma->offset);
-  const double x_power = power(static_cast<double>(x), static_cast<double>(gamma->gamma));
+  const double x_power = std::pow(static_cast<double>(x), static_cast<double>(gamma->gamma));
   return static_cast<float>((offset + 1.0) * x_power - offset);
 }
 
@@ -138,7 +137,7 @@ float vexo_gamma_inverse(vexo_gamma *gamma, float y) {
     return -1.0F;
   }
   const double base = static_cast<double>(y + gamma->offset) / (static_cast<double>(gamma->offset) + 1.0);
-  return static_cast<float>(power(base, 1.0 / static_cast<double>(gamma->gamma)));
+  return static_cast<float>(std::pow(base, 1.0 / static_cast<double>(gamma->gamma)));
 }
 
 int vexo_lut_init(vexo_lut *lut, int size) {
@@ -189,13 +188,7 @@ float vexo_lut_evaluate(const vexo_lut *lut, float x) {
 }
 
 float vexo_lut_inverse(vexo_lut *lut, float y) {
-  if (y <= 0.0F) {
-    return 0.0F;
-  }
-  if (y >= 1.0F || lut->size < 2) {
-    return 1.0F;
-  }
-  return position_between(lut, first_reached(lut->d + 1, lut->size - 1, y), y);
+  return inverse_in_segment(lut, lut->size < 2 ? 0 : first_reached(lut->d + 1, lut->size - 1, y), y);
 }
 
 int vexo_lut_dup(vexo_lut *dst, const vexo_lut *src) {
@@ -307,8 +300,13 @@ void vexo_gamma_lut_invert(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system
   if (lut->size < 2 || panel->size < 2) {
     return;
   }
-  vexo_internal::light_of_inputs(lut, camera, system);
-  vexo_internal::drives_of_light(lut, panel);
+  RisingSearch search(panel->d + 1, panel->size - 1);
+  const float lut_step = step_of(lut->size);
+  for (int i = 0; i < lut->size; i++) {
+    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
+    const float light = vexo_gamma_evaluate(system, scene);
+    lut->d[i] = inverse_in_segment(panel, search.first(light), light);
+  }
 }
 
 int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system, vexo_lut *panel) {
@@ -321,7 +319,7 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
     return -1;
   }
   const float panel_step = step_of(panel->size);
-  int knots = 0;
+  size_t knots = 0;
   int position = 0;
   int drives = 0;
   float sum = 0.0F;
@@ -333,7 +331,7 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
   for (int j = 0; j < panel->size; j++) {
     const float scene = vexo_gamma_inverse(system, panel->d[j]);
     const double code = static_cast<double>(vexo_gamma_evaluate(camera, scene));
-    const int entry = nearest_entry(code * (static_cast<double>(lut->size) - 1.0), lut->size - 1);
+    const int entry = rounded(code * (static_cast<double>(lut->size) - 1.0), 0, lut->size - 1);
     if (entry > position) {
       store_knot();
       position = entry;
@@ -344,7 +342,7 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
     drives++;
   }
   store_knot();
-  vexo_interpolate_linear(knots, nx.get(), ny.get(), lut->d);
+  vexo_interpolate_linear(static_cast<int>(knots), nx.get(), ny.get(), lut->d);
   return 0;
 }
 
