@@ -60,7 +60,7 @@ float control_span(Kind kind, color_range range, int nbits) {
   return rule_of(range).kind == kind ? span(range, nbits) : 0.0F;
 }
 
-// Normalised values to codes above black.
+// From normalised values to codes above black.
 vexo_matrix scale_matrix(color_range range, int nbits) {
   const RangeRule &rule = rule_of(range);
   const float first = span(range, nbits);
@@ -113,15 +113,15 @@ vexo_matrix rgb_ypbpr(const vexo_cs &cs) {
 // Puts m before the conversion.
 void multiply_in(vexo_csc *csc, const vexo_matrix &m) { vexo_matrix_multiply(&csc->matrix, &m); }
 
-// One side of a conversion: its coding and the control that shifts it, in codes.
+// One side of a conversion: its coding, and the codes by which a control shifts it.
 struct Signal {
   color_range range;
   int nbits;
   vexo_vector shift;
 };
 
-// Completes a matrix from normalised input to output codes: input codes are shifted and normalised before it, black and
-// shift of the output come after it.
+// Completes a conversion whose matrix leads from normalised input to output codes: input codes are shifted and
+// normalised before the matrix, and the black level and the shift of the output are added after it.
 void between_codes(vexo_csc *csc, const Signal &in, Signal out) {
   const vexo_matrix scale = scale_matrix(in.range, in.nbits);
   vexo_matrix normalise;
@@ -137,7 +137,7 @@ void between_codes(vexo_csc *csc, const Signal &in, Signal out) {
   vexo_vector_add(&csc->offset, &out.shift);
 }
 
-// csc becomes csc after first.
+// csc becomes the conversion that applies first, then csc.
 void follow(vexo_csc *csc, const vexo_csc &first) {
   vexo_vector t = first.offset;
   vexo_matrix_transform(&csc->matrix, &t);
@@ -147,7 +147,7 @@ void follow(vexo_csc *csc, const vexo_csc &first) {
 
 const int kOrders = 6;
 
-// By the value of swap_in, applied before a conversion, or of swap_out, applied after it.
+// Component orders by the value of swap_in, applied to the input, or of swap_out, applied to the output.
 const vexo_matrix kOrderMatrices[kOrders] = {
     {{{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}}},
     {{{0.0F, 0.0F, 1.0F}, {0.0F, 1.0F, 0.0F}, {1.0F, 0.0F, 0.0F}}},
@@ -183,7 +183,7 @@ int build_swapped(Builder *build, vexo_csc *csc, vexo_cs *cs, color_range src_ra
   return status;
 }
 
-// A register from a value in its steps: halves round upward, unlike those of codes. A NaN is 0.
+// The register of a value in register steps. Halves round upward, unlike those of codes. A NaN is 0.
 short register_of(float value) {
   const double limit = 0x1fff;
   const double whole = std::floor(static_cast<double>(value) + 0.5);

@@ -48,7 +48,7 @@ float rgb_RGB(int M) { return static_cast<float>(M); }
 
 vexo_matrix diagonal(float k) { return vexo_matrix{{{k, 0.0F, 0.0F}, {0.0F, k, 0.0F}, {0.0F, 0.0F, k}}}; }
 
-// A matrix product even here: it decides what becomes of inf and NaN.
+// Scales by a matrix product, so that an infinity or NaN in one component reaches the others.
 void scale(vexo_vector *v, unsigned int nbits, float (*factor)(int M)) {
   const int M = max_val(nbits);
   if (M == 0) {

@@ -3,9 +3,7 @@
 #include "vexo-gamma.h"
 
 #include <algorithm>
-#include <climits>
 #include <cmath>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -37,9 +35,6 @@ int adopt(vexo_lut *lut, int size, void *storage) {
   return 0;
 }
 
-// Whether size entries can be counted in bytes.
-bool allocatable(int size) { return size >= 0 && static_cast<size_t>(size) <= SIZE_MAX / sizeof(float); }
-
 float normalised_input(int i, int size) {
   return static_cast<float>(static_cast<double>(i) / (static_cast<double>(size) - 1.0));
 }
@@ -66,7 +61,7 @@ float inverse_in_segment(const vexo_lut *lut, int i, float y) {
   if (y >= 1.0F || i >= n) {
     return 1.0F;
   }
-  if (d[i + 1] == d[i]) { // only a flat start: any other segment begins below y
+  if (d[i + 1] == d[i]) { // only the first segment can be flat here: any other begins below y
     return -1.0F;
   }
   const float t = (y - d[i]) / (d[i + 1] - d[i]);
@@ -141,11 +136,11 @@ float vexo_gamma_inverse(vexo_gamma *gamma, float y) {
 }
 
 int vexo_lut_init(vexo_lut *lut, int size) {
-  return adopt(lut, size, allocatable(size) ? malloc(static_cast<size_t>(size) * sizeof(float)) : nullptr);
+  return adopt(lut, size, size >= 0 ? block_of<float>(static_cast<size_t>(size)).release() : nullptr);
 }
 
 int vexo_lut_init_zero(vexo_lut *lut, int size) {
-  return adopt(lut, size, allocatable(size) ? calloc(static_cast<size_t>(size), sizeof(float)) : nullptr);
+  return adopt(lut, size, size >= 0 ? calloc(static_cast<size_t>(size), sizeof(float)) : nullptr);
 }
 
 void vexo_lut_destroy(vexo_lut *lut) {

@@ -1,4 +1,4 @@
-// Gray: the tracking of a white down the gray levels, the adjustment of single gray points, the dumps of gray ramps.
+// Gray tracking, the adjustment of single gray points, the dumps of gray ramps. It calls the predictions of vexo.cpp.
 // Colours are single precision. Tables are read between levels by the shared blend; powers and logarithms are double.
 #include "vexo.h"
 
@@ -24,6 +24,7 @@ using vexo_internal::level_XZ;
 using vexo_internal::Light;
 using vexo_internal::max_code;
 using vexo_internal::mix;
+using vexo_internal::panel_rgb_matrix;
 using vexo_internal::table_at;
 using vexo_internal::valid_depth;
 using vexo_internal::XZ;
@@ -33,12 +34,12 @@ namespace {
 const float kRedStep = 0.0625F; // gray tracking tries red in sixteenths of a level
 const int kToe = 16;            // entries below this one form the linear toe
 
-// The blue channel, read at many luminances as by vexo_data_Y_xyY(). X and Z of each level are computed once.
+// The blue channel, read at many luminances as vexo_data_Y_xyY() reads it. X and Z of each level are computed once.
 //
-// Search for the first level that reaches a luminance:
-//   Searched: the running maximum of the luminance. It first reaches a value where the table does, and never falls.
-//   Order: from the last answer upward, then downward. Candidates of gray tracking lie near each other.
-//   End: the maximum reaches the luminance, and the one before it does not.
+// The search for the first level that reaches a luminance:
+//   Searched: the running maximum of the luminance. It never falls, and it reaches a value where the table first does.
+//   Order: from the last answer upward, then downward: the candidates of gray tracking lie near each other.
+//   End: the maximum reaches the luminance at this level, but not at the level below.
 //   Result: that level, or kLevels when none reaches the luminance.
 class BlueChannel {
 public:
@@ -78,7 +79,7 @@ private:
 //   Order: from just below the red of the level above down, in steps of 1/16; of equal candidates the first stands.
 //   End: blue would not stay below the blue of the level above, or red falls below level 0.
 //   Result: the entries of red and blue whose mixture with green comes nearest to the target. Green stays.
-// shown keeps the last mixture, because a mixture that fails is judged by the one before it.
+// shown is the last mixture. A candidate whose red and green do not mix is judged by the mixture before it.
 void track_level(vexo_lut *lut, const vexo *panel, const vexo_vector &target, int ng, BlueChannel *blue,
                  vexo_vector *shown) {
   float &red_entry = lut[0].d[ng];
@@ -91,7 +92,7 @@ void track_level(vexo_lut *lut, const vexo *panel, const vexo_vector &target, in
   const float Y = green.xyY.d[2] + Yr * panel->maxY[0] + Yb * panel->maxY[2];
 
   float nearest = kFarthest;
-  // Entries are drives of at most 1, so there are at most 16368 steps.
+  // An entry is a drive of at most 1: at most 16368 steps.
   for (float red = red_above - kRedStep; red >= 0.0F; red -= kRedStep) {
     const Light vr(channel_xyY(panel, 0, red));
     vexo_vector vb = {};
@@ -120,7 +121,7 @@ void make_toe_linear(vexo_lut *lut) {
   }
 }
 
-// The first channel above its highest code is brought down onto it, the others in proportion.
+// Brings the first channel above its highest code down to that code, and the others in proportion.
 void limit_codes(float *lut, const unsigned short *maxValue) {
   for (int c = 0; c < 3; c++) {
     const float limit = static_cast<float>(maxValue[c]);
@@ -134,7 +135,7 @@ void limit_codes(float *lut, const unsigned short *maxValue) {
   }
 }
 
-// Half of a correction, in ratio.
+// Half of a correction factor's way from 1.
 float damped(float factor) { return (factor + 1.0F) * 0.5F; }
 
 // Gray as XYZ at one level of all channels; black where the mixture fails.
@@ -214,9 +215,8 @@ int vexo_panel_gray_point_adjust(float *gray, float *target, float *lut, unsigne
 
 int vexo_panel_cs_gray_point_adjust(const float *R, const float *G, const float *B, const float *W, const float *D,
                                     float *target, float *lut, unsigned short *maxValue) {
-  vexo_cs primaries;
   vexo_matrix to_rgb;
-  if (vexo_cs_init_XYZ(&primaries, R, G, B, W, D) != 0 || vexo_matrix_invert(&to_rgb, &primaries.npm) != 0) {
+  if (panel_rgb_matrix(&to_rgb, R, G, B, W, D) != 0) {
     return -1;
   }
   vexo_vector v;

@@ -27,6 +27,10 @@ bool level_sized(const vexo_lut *lut);
 // -1 with the LUTs unchanged when they are not level-sized or the white has no chromaticity.
 int track_gray(vexo_lut *lut, vexo *panel, const vexo_vector &white);
 
+// The matrix from XYZ to linear RGB of a panel whose primaries, white and black were measured as XYZ. Returns 0, or -1
+// when the measurements make no colour space.
+int panel_rgb_matrix(vexo_matrix *m, const float *R, const float *G, const float *B, const float *W, const float *D);
+
 inline vexo_vector entry(const Column *T, int level) { return vexo_vector{{T[0][level], T[1][level], T[2][level]}}; }
 
 // Absolute xyY of channel c at a fractional level.

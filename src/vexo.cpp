@@ -30,6 +30,7 @@ using vexo_internal::level_XZ;
 using vexo_internal::Light;
 using vexo_internal::make_tables;
 using vexo_internal::mix;
+using vexo_internal::panel_rgb_matrix;
 using vexo_internal::rows_of;
 using vexo_internal::table_at;
 using vexo_internal::track_gray;
@@ -58,7 +59,8 @@ bool usable(const vexo_lcnr *lcnr) {
   return std::isfinite(kTopF / lcnr->sample[lcnr->num - 1]);
 }
 
-// XYZ tables to xyY above black; maxY keeps the luminance of each channel's top, to which the tables are then scaled.
+// Turns XYZ tables into xyY above black. maxY becomes the luminance of each channel's top level, and the luminances in
+// the tables become relative to it.
 int make_relative(vexo *panel) {
   for (int c = 0; c < 3; c++) {
     float *columns[3] = {panel->data[c][0], panel->data[c][1], panel->data[c][2]};
@@ -109,7 +111,8 @@ int remake_tables(vexo *panel, const vexo_lut *lut) {
   return make_relative(panel);
 }
 
-// The lights of a channel that one pass of the peak white search tries: level top and the 32 below it, down to 0.
+// The lights of one channel that a pass of the peak white search tries: those of level top and the 32 below it, but of
+// none below level 0.
 struct Shades {
   Shades(const vexo *panel, int c, int top) : count(std::min(top, kWhiteRange) + 1) {
     for (int i = 0; i < count; i++) {
@@ -211,6 +214,12 @@ int vexo_internal::make_tables(vexo *panel) {
   return make_relative(panel);
 }
 
+int vexo_internal::panel_rgb_matrix(vexo_matrix *m, const float *R, const float *G, const float *B, const float *W,
+                                    const float *D) {
+  vexo_cs panel;
+  return vexo_cs_init_XYZ(&panel, R, G, B, W, D) != 0 ? -1 : vexo_matrix_invert(m, &panel.npm);
+}
+
 int vexo_lcnr_normalize(vexo_lcnr *lcnr) {
   int count = 0;
   for (auto &channel : lcnr->data) {
@@ -271,17 +280,10 @@ int vexo_peak_white_adjust(vexo_vector *v, vexo *panel, vexo_vector *ref) {
   float best = distance < kFarthest ? distance : kFarthest;
   int n[3];
   int m[3] = {kTop, kTop, kTop};
-  bool lower_face = true;
-  while (lower_face) { // a further pass starts 32 levels lower in a channel and higher in none: 94 passes at most
-    lower_face = false;
-    for (int c = 0; c < 3; c++) {
-      n[c] = m[c];
-    }
+  do { // a further pass begins 32 levels lower in one channel or more, and higher in none: at most 94 passes
+    std::copy(m, m + 3, n);
     search_white(panel, *ref, n, m, &best);
-    for (int c = 0; c < 3; c++) {
-      lower_face = lower_face || m[c] == n[c] - kWhiteRange;
-    }
-  }
+  } while (m[0] == n[0] - kWhiteRange || m[1] == n[1] - kWhiteRange || m[2] == n[2] - kWhiteRange);
   for (int c = 0; c < 3; c++) {
     v->d[c] = static_cast<float>(static_cast<double>(m[c]) / 1023.0);
   }
@@ -328,9 +330,8 @@ int vexo_lut_adjust_wb_2(vexo_lut *lut, vexo *panel, vexo_vector *ref) {
 
 int vexo_adjust_wb(const float *R, const float *G, const float *B, const float *W, const float *D, float level,
                    vexo_vector *rgb) {
-  vexo_cs primaries;
   vexo_matrix to_rgb;
-  if (vexo_cs_init_XYZ(&primaries, R, G, B, W, D) != 0 || vexo_matrix_invert(&to_rgb, &primaries.npm) != 0) {
+  if (panel_rgb_matrix(&to_rgb, R, G, B, W, D) != 0) {
     return -1;
   }
   vexo_matrix_transform(&to_rgb, rgb);
