@@ -1,6 +1,6 @@
-// CIE coordinates (CIE 15): XYZ, xyz, xyY and u'v'Y, and additive mixing; correlated colour temperature; perceptual
-// spaces and colour differences. Single precision, with the widening to double visible where a step takes one;
-// declared in vexo-cs.h.
+// CIE coordinates (CIE 15): XYZ, xyz, xyY and u'v'Y; additive mixing; correlated colour temperature; perceptual spaces
+// and colour differences. All are declared in vexo-cs.h.
+// Single precision. Steps that call the math library are double, and their result is rounded once.
 #include "vexo-cs.h"
 
 #include <cmath>
@@ -15,60 +15,41 @@ using vexo_internal::valid_xyY;
 
 namespace {
 
-// Robertson's isotemperature lines (A. R. Robertson, "Computation of correlated color temperature and distribution
-// temperature", J. Opt. Soc. Am. 58, 1968): where each crosses the Planckian locus in the CIE 1960 diagram, and its
-// slope.
-struct UVT {
+// An isotemperature line: the reciprocal temperature in 1/K, the point where the line crosses the Planckian locus in
+// the CIE 1960 diagram, and the line's slope.
+struct IsotemperatureLine {
+  float r;
   float u;
   float v;
   float t;
 };
+
+// A. R. Robertson, "Computation of correlated color temperature and distribution temperature", J. Opt. Soc. Am. 58,
+// 1968. The first r is not 0, so that its own reciprocal stays finite. The u of 3.25e-4 is the published 0.24702,
+// although 0.24792 would fit its neighbours: temperatures around 3100 K are up to 23 K off, and agree with other
+// programs.
 const int kLines = 31;
-// The u of 325 per megakelvin is printed 0.24702 in the published table and in most programs made from it. 0.24792
-// fits its neighbours better and moves results by up to some 23 K around 3100 K: kept, so that temperatures agree.
-const UVT uvt[kLines] = {
-    // u, v, t; reciprocal temperature per megakelvin
-    {0.18006F, 0.26352F, -0.24341F}, // 0
-    {0.18066F, 0.26589F, -0.25479F}, // 10
-    {0.18133F, 0.26846F, -0.26876F}, // 20
-    {0.18208F, 0.27119F, -0.28539F}, // 30
-    {0.18293F, 0.27407F, -0.30470F}, // 40
-    {0.18388F, 0.27709F, -0.32675F}, // 50
-    {0.18494F, 0.28021F, -0.35156F}, // 60
-    {0.18611F, 0.28342F, -0.37915F}, // 70
-    {0.18740F, 0.28668F, -0.40955F}, // 80
-    {0.18880F, 0.28997F, -0.44278F}, // 90
-    {0.19032F, 0.29326F, -0.47888F}, // 100
-    {0.19462F, 0.30141F, -0.58204F}, // 125
-    {0.19962F, 0.30921F, -0.70471F}, // 150
-    {0.20525F, 0.31647F, -0.84901F}, // 175
-    {0.21142F, 0.32312F, -1.0182F},  // 200
-    {0.21807F, 0.32909F, -1.2168F},  // 225
-    {0.22511F, 0.33439F, -1.4512F},  // 250
-    {0.23247F, 0.33904F, -1.7298F},  // 275
-    {0.24010F, 0.34308F, -2.0637F},  // 300
-    {0.24702F, 0.34655F, -2.4681F},  // 325
-    {0.25591F, 0.34951F, -2.9641F},  // 350
-    {0.26400F, 0.35200F, -3.5814F},  // 375
-    {0.27218F, 0.35407F, -4.3633F},  // 400
-    {0.28039F, 0.35577F, -5.3762F},  // 425
-    {0.28863F, 0.35714F, -6.7262F},  // 450
-    {0.29685F, 0.35823F, -8.5955F},  // 475
-    {0.30505F, 0.35907F, -11.324F},  // 500
-    {0.31320F, 0.35968F, -15.628F},  // 525
-    {0.32129F, 0.36011F, -23.325F},  // 550
-    {0.32931F, 0.36038F, -40.770F},  // 575
-    {0.33724F, 0.36051F, -116.45F},  // 600
+const IsotemperatureLine kLine[kLines] = {
+    {1e-16F, 0.18006F, 0.26352F, -0.24341F},   {1e-05F, 0.18066F, 0.26589F, -0.25479F},
+    {2e-05F, 0.18133F, 0.26846F, -0.26876F},   {3e-05F, 0.18208F, 0.27119F, -0.28539F},
+    {4e-05F, 0.18293F, 0.27407F, -0.30470F},   {5e-05F, 0.18388F, 0.27709F, -0.32675F},
+    {6e-05F, 0.18494F, 0.28021F, -0.35156F},   {7e-05F, 0.18611F, 0.28342F, -0.37915F},
+    {8e-05F, 0.18740F, 0.28668F, -0.40955F},   {9e-05F, 0.18880F, 0.28997F, -0.44278F},
+    {1e-04F, 0.19032F, 0.29326F, -0.47888F},   {1.25e-04F, 0.19462F, 0.30141F, -0.58204F},
+    {1.5e-04F, 0.19962F, 0.30921F, -0.70471F}, {1.75e-04F, 0.20525F, 0.31647F, -0.84901F},
+    {2e-04F, 0.21142F, 0.32312F, -1.0182F},    {2.25e-04F, 0.21807F, 0.32909F, -1.2168F},
+    {2.5e-04F, 0.22511F, 0.33439F, -1.4512F},  {2.75e-04F, 0.23247F, 0.33904F, -1.7298F},
+    {3e-04F, 0.24010F, 0.34308F, -2.0637F},    {3.25e-04F, 0.24702F, 0.34655F, -2.4681F},
+    {3.5e-04F, 0.25591F, 0.34951F, -2.9641F},  {3.75e-04F, 0.26400F, 0.35200F, -3.5814F},
+    {4e-04F, 0.27218F, 0.35407F, -4.3633F},    {4.25e-04F, 0.28039F, 0.35577F, -5.3762F},
+    {4.5e-04F, 0.28863F, 0.35714F, -6.7262F},  {4.75e-04F, 0.29685F, 0.35823F, -8.5955F},
+    {5e-04F, 0.30505F, 0.35907F, -11.324F},    {5.25e-04F, 0.31320F, 0.35968F, -15.628F},
+    {5.5e-04F, 0.32129F, 0.36011F, -23.325F},  {5.75e-04F, 0.32931F, 0.36038F, -40.770F},
+    {6e-04F, 0.33724F, 0.36051F, -116.45F},
 };
 
-// Reciprocal temperatures of the lines, 1/K. The first is not 0, so that its own reciprocal stays finite.
-const float rt[kLines] = {1e-16F,   1e-05F,    2e-05F, 3e-05F,    4e-05F,   5e-05F,    6e-05F, 7e-05F,
-                          8e-05F,   9e-05F,    1e-04F, 1.25e-04F, 1.5e-04F, 1.75e-04F, 2e-04F, 2.25e-04F,
-                          2.5e-04F, 2.75e-04F, 3e-04F, 3.25e-04F, 3.5e-04F, 3.75e-04F, 4e-04F, 4.25e-04F,
-                          4.5e-04F, 4.75e-04F, 5e-04F, 5.25e-04F, 5.5e-04F, 5.75e-04F, 6e-04F};
-
-// The distance at a right angle to a line, from the difference in v at one u.
-float perpendicular(float distance, const UVT &line) {
+// The perpendicular distance to a line, from the difference in v at the same u.
+float perpendicular(float distance, const IsotemperatureLine &line) {
   return static_cast<float>(static_cast<double>(distance) / std::sqrt(1.0 + static_cast<double>(line.t * line.t)));
 }
 
@@ -110,7 +91,7 @@ float hue(float a, float b) {
   return h < 0.0F ? static_cast<float>(static_cast<double>(h) + kTwoPi) : h;
 }
 
-// More than half a turn lies between two hues: their difference and mean then go the other way round.
+// Whether two hues lie more than half a turn apart. Their difference and mean then go the other way round the circle.
 bool far_apart(float hp1, float hp2) { return std::fabs(static_cast<double>(hp2 - hp1)) > kPi; }
 
 float hue_difference(float hp1, float hp2) {
@@ -141,7 +122,7 @@ float hue_weight(float hpbar) {
                             0.32 * std::cos(h3 + 0.10471975511965977) - 0.20 * std::cos(h4 - 1.0995574287564276));
 }
 
-// R_T: ties chroma and hue differences together in the blues, around 275 degrees.
+// R_T: the interaction of chroma and hue differences in the blues, around 275 degrees.
 float rotation(float hpbar, float Cpbar) {
   const float RC = static_cast<float>(2.0 * chroma_weight(Cpbar));
   const double z = (static_cast<double>(hpbar * 180.0F) / kPi - 275.0) / 25.0;
@@ -268,14 +249,16 @@ int vexo_xyz_cct(float *xyz) {
   const float us = static_cast<float>(4.0 * X / den);
   const float vs = static_cast<float>(6.0 * Y / den);
 
-  const auto distance = [us, vs](int i) { return vs - uvt[i].v - uvt[i].t * (us - uvt[i].u); };
-  float dm = distance(0);
+  const auto distance = [us, vs](const IsotemperatureLine &line) { return vs - line.v - line.t * (us - line.u); };
+  float dm = distance(kLine[0]);
   for (int i = 1; i < kLines; i++) {
-    const float di = distance(i);
+    const IsotemperatureLine &before = kLine[i - 1];
+    const IsotemperatureLine &here = kLine[i];
+    const float di = distance(here);
     if ((di < 0.0F) != (dm < 0.0F) && !std::isnan(dm) && !std::isnan(di)) {
-      const float before = perpendicular(dm, uvt[i - 1]);
-      const float p = before / (before - perpendicular(di, uvt[i]));
-      return rounded<int>(static_cast<double>(1.0F / (rt[i - 1] + (rt[i] - rt[i - 1]) * p)));
+      const float m = perpendicular(dm, before);
+      const float p = m / (m - perpendicular(di, here));
+      return rounded<int>(static_cast<double>(1.0F / (before.r + (here.r - before.r) * p)));
     }
     dm = di;
   }

@@ -10,10 +10,10 @@
 
 namespace {
 
-enum class Kind { kYCbCr, kRgb, kNone };
+enum class Kind { kYCbCr, kRgb };
 
-// A signal range at u = 2^(nbits - 8): the first component spans peak u - cut codes, the others
-// chroma_num / chroma_den of that; black lies at (black u, black_rest u, black_rest u).
+// A signal range, in units of u = 2^(nbits - 8) codes. The first component spans peak u - cut codes, the other two
+// chroma_num / chroma_den of that. Black lies at (black u, black_rest u, black_rest u).
 struct RangeRule {
   Kind kind;
   double peak;
@@ -26,8 +26,8 @@ struct RangeRule {
 
 const int kRanges = 8;
 
-// By the value of color_range; anything else has the identity as its scale, and black at zero.
-const RangeRule kRangeRules[kRanges + 1] = {
+// By the value of color_range.
+const RangeRule kRangeRules[kRanges] = {
     {Kind::kYCbCr, 219.0, 0.0, 224.0, 219.0, 16.0, 128.0}, // YCBCR_VIDEO_RANGE
     {Kind::kYCbCr, 256.0, 1.0, 1.0, 1.0, 0.0, 128.0},      // YCBCR_FULL_RANGE
     {Kind::kRgb, 256.0, 1.0, 1.0, 1.0, 0.0, 0.0},          // RGB_GRAPHIC_RANGE
@@ -36,40 +36,33 @@ const RangeRule kRangeRules[kRanges + 1] = {
     {Kind::kYCbCr, 254.0, 1.0, 224.0, 219.0, 1.0, 128.0},  // YCBCR_SMPTE_FULL_RANGE
     {Kind::kRgb, 239.0, 1.0, 1.0, 1.0, 16.0, 16.0},        // RGB_EXTENDED_RANGE
     {Kind::kRgb, 254.0, 1.0, 1.0, 1.0, 1.0, 1.0},          // RGB_SMPTE_FULL_RANGE
-    {Kind::kNone, 0.0, -1.0, 1.0, 1.0, 0.0, 0.0},
 };
 
-const RangeRule &rule_of(color_range range) {
-  return kRangeRules[range >= 0 && range < kRanges ? static_cast<int>(range) : kRanges];
-}
-
-bool valid_signal(color_range range, int nbits) {
-  return rule_of(range).kind != Kind::kNone && nbits >= 8 && nbits <= 30;
-}
+bool valid_signal(color_range range, int nbits) { return range >= 0 && range < kRanges && nbits >= 8 && nbits <= 30; }
 
 double unit(int nbits) { return static_cast<double>(1 << (nbits - 8)); }
 
 // The codes from black to white of the first component.
 float span(color_range range, int nbits) {
-  const RangeRule &rule = rule_of(range);
+  const RangeRule &rule = kRangeRules[range];
   return static_cast<float>(rule.peak * unit(nbits) - rule.cut);
 }
 
 // The same for a control that acts on one kind of signal only.
 float control_span(Kind kind, color_range range, int nbits) {
-  return rule_of(range).kind == kind ? span(range, nbits) : 0.0F;
+  return kRangeRules[range].kind == kind ? span(range, nbits) : 0.0F;
 }
 
 // From normalised values to codes above black.
 vexo_matrix scale_matrix(color_range range, int nbits) {
-  const RangeRule &rule = rule_of(range);
+  const RangeRule &rule = kRangeRules[range];
   const float first = span(range, nbits);
   const float rest = static_cast<float>(static_cast<double>(first) * rule.chroma_num / rule.chroma_den);
   return vexo_matrix{{{first, 0.0F, 0.0F}, {0.0F, rest, 0.0F}, {0.0F, 0.0F, rest}}};
 }
 
 vexo_vector black_level(color_range range, int nbits) {
-  const RangeRule &rule = rule_of(range);
+  const RangeRule &rule = kRangeRules[range];
   const float rest = static_cast<float>(rule.black_rest * unit(nbits));
   return vexo_vector{{static_cast<float>(rule.black * unit(nbits)), rest, rest}};
 }
