@@ -12,13 +12,13 @@
 #include "base/owners.h"
 #include "base/search.h"
 
-using vexo_internal::blend;
 using vexo_internal::Block;
 using vexo_internal::block_of;
 using vexo_internal::first_reached;
+using vexo_internal::lerp;
 using vexo_internal::max_code;
+using vexo_internal::quantise_short;
 using vexo_internal::rounded;
-using vexo_internal::short_code_of;
 using vexo_internal::table_at;
 using vexo_internal::valid_depth;
 
@@ -256,7 +256,7 @@ int vexo_data_normalize(float *data, int size) {
     }
     const float length = static_cast<float>(j - i);
     for (int k = i + 1; k < j; k++) {
-      data[k] = blend(data[i], data[j], (static_cast<float>(k) - static_cast<float>(i)) / length);
+      data[k] = lerp(data[i], data[j], (static_cast<float>(k) - static_cast<float>(i)) / length);
     }
     i = j;
   }
@@ -286,7 +286,7 @@ int vexo_lut_to_uint(vexo_lut *lut, unsigned short *data, int nbits) {
   }
   const float max_value = max_code(nbits);
   for (int i = 0; i < lut->size; i++) {
-    data[i] = short_code_of(lut->d[i], max_value);
+    data[i] = quantise_short(lut->d[i], max_value);
   }
   return 0;
 }

@@ -83,7 +83,7 @@ float level_of_luminance(vexo_vector *v, const Column *T, float luma, First firs
   const XZ a = XZ_at_level(lower);
   const XZ b = XZ_at_level(upper);
   const float f = level - static_cast<float>(lower);
-  *v = vexo_vector{{blend(a.X, b.X, f), luma, blend(a.Z, b.Z, f)}};
+  *v = vexo_vector{{lerp(a.X, b.X, f), luma, lerp(a.Z, b.Z, f)}};
   vexo_XYZ_xyY(v);
   return level;
 }

@@ -33,10 +33,10 @@ inline int largest_code(int nbits) { return static_cast<int>((uint32_t{1} << nbi
 inline float max_code(int nbits) { return static_cast<float>(largest_code(nbits)); }
 
 // The code of a value, not limited to its depth.
-inline int code_of(float value, float max_value) { return rounded<int>(static_cast<double>(max_value * value)); }
+inline int quantise(float value, float max_value) { return rounded<int>(static_cast<double>(max_value * value)); }
 
 // The low 16 bits of the code; a negative code is 0.
-inline unsigned short short_code_of(float value, float max_value) {
+inline unsigned short quantise_short(float value, float max_value) {
   return static_cast<unsigned short>(rounded<uint32_t>(static_cast<double>(max_value * value)) & 0xFFFFU);
 }
 
