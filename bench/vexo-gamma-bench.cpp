@@ -40,7 +40,7 @@ void invert_table(benchmark::State &state, Invert invert, vexo_gamma camera, boo
   }
 }
 
-// What stands in the way whatever the search costs: the two curves at every input.
+// The cost that no search saves: the two curves at every input.
 void curves_only(benchmark::State &state, vexo_gamma camera) {
   vexo_gamma system;
   vexo_gamma_init(&system, 2.2F);

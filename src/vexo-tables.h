@@ -58,10 +58,10 @@ inline XZ level_XZ(const Column *T, int level) {
   return XZ{S * xyY.d[0], S * (1.0F - xyY.d[0] - xyY.d[1])};
 }
 
-// vexo_data_Y_xyY(), where the caller provides first(luma), the first level above 0 that reaches a luminance (kLevels
-// for none), and XZ_at(level).
-template <typename First, typename XZ_at>
-float level_of_luminance(vexo_vector *v, const Column *T, float luma, First first, XZ_at XZ_at_level) {
+// vexo_data_Y_xyY() with the caller's search and the caller's X and Z: first_level(luma) is the first level above 0
+// that reaches luma, or kLevels; XZ_of(level) is level_XZ().
+template <typename FirstLevel, typename XZ_Of>
+float level_of_luminance(vexo_vector *v, const Column *T, float luma, FirstLevel first_level, XZ_Of XZ_of) {
   if (T[2][kTop] <= luma) {
     *v = entry(T, kTop);
     return kTopF;
@@ -70,7 +70,7 @@ float level_of_luminance(vexo_vector *v, const Column *T, float luma, First firs
     *v = entry(T, 0);
     return 0.0F;
   }
-  const int upper = first(luma);
+  const int upper = first_level(luma);
   if (upper == kLevels) {
     return -1.0F;
   }
@@ -80,8 +80,8 @@ float level_of_luminance(vexo_vector *v, const Column *T, float luma, First firs
     *v = entry(T, lower);
     return level;
   }
-  const XZ a = XZ_at_level(lower);
-  const XZ b = XZ_at_level(upper);
+  const XZ a = XZ_of(lower);
+  const XZ b = XZ_of(upper);
   const float f = level - static_cast<float>(lower);
   *v = vexo_vector{{lerp(a.X, b.X, f), luma, lerp(a.Z, b.Z, f)}};
   vexo_XYZ_xyY(v);
