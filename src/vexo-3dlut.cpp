@@ -13,13 +13,14 @@
 #include <utility>
 
 #include "base/clones.h"
+#include "base/codes.h"
 #include "base/exact.h"
 #include "base/lines.h"
 #include "base/locale.h"
 #include "base/numbers.h"
 
-using vexo_internal::blend;
 using vexo_internal::kBigEndian;
+using vexo_internal::lerp;
 using vexo_internal::LineWriter;
 using vexo_internal::nearest;
 using vexo_internal::NumberLocale;
@@ -183,14 +184,14 @@ VEXO_VECTORISED void blend_at_low(const float *low, const float *high, float *ou
 // out = low to high at a fraction for all values.
 VEXO_VECTORISED void blend_all(const float *low, const float *high, float fraction, float *out, size_t count) {
   for (size_t i = 0; i < count; i++) {
-    out[i] = blend(low[i], high[i], fraction);
+    out[i] = lerp(low[i], high[i], fraction);
   }
 }
 
 // The same with a fraction for each value; out begins as the lower values.
 VEXO_VECTORISED void blend_each(const float *high, const float *fraction, float *out, size_t count) {
   for (size_t i = 0; i < count; i++) {
-    out[i] = blend(out[i], high[i], fraction[i]);
+    out[i] = lerp(out[i], high[i], fraction[i]);
   }
 }
 

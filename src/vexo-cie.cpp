@@ -1,122 +1,67 @@
-// CIE coordinates (CIE 15): XYZ, xyz, xyY and u'v'Y, and additive mixing; correlated colour temperature; perceptual
-// spaces and colour differences. Single precision, with the widening to double visible where a step takes one;
-// declared in vexo-cs.h.
+// CIE coordinates (CIE 15): XYZ, xyz, xyY and u'v'Y; additive mixing; correlated colour temperature; perceptual spaces
+// and colour differences. All are declared in vexo-cs.h.
+// Single precision. Steps that call the math library are double, and their result is rounded once.
 #include "vexo-cs.h"
 
-#include <climits>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 
-#include "base/numbers.h"
+#include "base/codes.h"
 #include "vexo-xyY.h"
 
-using vexo_internal::mix_weighted;
+using vexo_internal::Light;
+using vexo_internal::mix;
+using vexo_internal::rounded;
 using vexo_internal::valid_xyY;
-using vexo_internal::weight;
 
 namespace {
 
-// Robertson's isotemperature lines (A. R. Robertson, "Computation of correlated color temperature and distribution
-// temperature", J. Opt. Soc. Am. 58, 1968): where each crosses the Planckian locus in the CIE 1960 diagram, and its
-// slope.
-struct UVT {
+// An isotemperature line: the reciprocal temperature in 1/K, the point where the line crosses the Planckian locus in
+// the CIE 1960 diagram, and the line's slope.
+struct IsotemperatureLine {
+  float r;
   float u;
   float v;
   float t;
 };
+
+// A. R. Robertson, "Computation of correlated color temperature and distribution temperature", J. Opt. Soc. Am. 58,
+// 1968. The first r is not 0, so that its own reciprocal stays finite. The u of 3.25e-4 is the published 0.24702,
+// although 0.24792 would fit its neighbours: temperatures around 3100 K are up to 23 K off, and agree with other
+// programs.
 const int kLines = 31;
-// The u of 325 per megakelvin is printed 0.24702 in the published table and in most programs made from it. 0.24792
-// fits its neighbours better and moves results by up to some 23 K around 3100 K: kept, so that temperatures agree.
-const UVT uvt[kLines] = {
-    // u, v, t; reciprocal temperature per megakelvin
-    {0.18006F, 0.26352F, -0.24341F}, // 0
-    {0.18066F, 0.26589F, -0.25479F}, // 10
-    {0.18133F, 0.26846F, -0.26876F}, // 20
-    {0.18208F, 0.27119F, -0.28539F}, // 30
-    {0.18293F, 0.27407F, -0.30470F}, // 40
-    {0.18388F, 0.27709F, -0.32675F}, // 50
-    {0.18494F, 0.28021F, -0.35156F}, // 60
-    {0.18611F, 0.28342F, -0.37915F}, // 70
-    {0.18740F, 0.28668F, -0.40955F}, // 80
-    {0.18880F, 0.28997F, -0.44278F}, // 90
-    {0.19032F, 0.29326F, -0.47888F}, // 100
-    {0.19462F, 0.30141F, -0.58204F}, // 125
-    {0.19962F, 0.30921F, -0.70471F}, // 150
-    {0.20525F, 0.31647F, -0.84901F}, // 175
-    {0.21142F, 0.32312F, -1.0182F},  // 200
-    {0.21807F, 0.32909F, -1.2168F},  // 225
-    {0.22511F, 0.33439F, -1.4512F},  // 250
-    {0.23247F, 0.33904F, -1.7298F},  // 275
-    {0.24010F, 0.34308F, -2.0637F},  // 300
-    {0.24702F, 0.34655F, -2.4681F},  // 325
-    {0.25591F, 0.34951F, -2.9641F},  // 350
-    {0.26400F, 0.35200F, -3.5814F},  // 375
-    {0.27218F, 0.35407F, -4.3633F},  // 400
-    {0.28039F, 0.35577F, -5.3762F},  // 425
-    {0.28863F, 0.35714F, -6.7262F},  // 450
-    {0.29685F, 0.35823F, -8.5955F},  // 475
-    {0.30505F, 0.35907F, -11.324F},  // 500
-    {0.31320F, 0.35968F, -15.628F},  // 525
-    {0.32129F, 0.36011F, -23.325F},  // 550
-    {0.32931F, 0.36038F, -40.770F},  // 575
-    {0.33724F, 0.36051F, -116.45F},  // 600
+const IsotemperatureLine kLine[kLines] = {
+    {1e-16F, 0.18006F, 0.26352F, -0.24341F},   {1e-05F, 0.18066F, 0.26589F, -0.25479F},
+    {2e-05F, 0.18133F, 0.26846F, -0.26876F},   {3e-05F, 0.18208F, 0.27119F, -0.28539F},
+    {4e-05F, 0.18293F, 0.27407F, -0.30470F},   {5e-05F, 0.18388F, 0.27709F, -0.32675F},
+    {6e-05F, 0.18494F, 0.28021F, -0.35156F},   {7e-05F, 0.18611F, 0.28342F, -0.37915F},
+    {8e-05F, 0.18740F, 0.28668F, -0.40955F},   {9e-05F, 0.18880F, 0.28997F, -0.44278F},
+    {1e-04F, 0.19032F, 0.29326F, -0.47888F},   {1.25e-04F, 0.19462F, 0.30141F, -0.58204F},
+    {1.5e-04F, 0.19962F, 0.30921F, -0.70471F}, {1.75e-04F, 0.20525F, 0.31647F, -0.84901F},
+    {2e-04F, 0.21142F, 0.32312F, -1.0182F},    {2.25e-04F, 0.21807F, 0.32909F, -1.2168F},
+    {2.5e-04F, 0.22511F, 0.33439F, -1.4512F},  {2.75e-04F, 0.23247F, 0.33904F, -1.7298F},
+    {3e-04F, 0.24010F, 0.34308F, -2.0637F},    {3.25e-04F, 0.24702F, 0.34655F, -2.4681F},
+    {3.5e-04F, 0.25591F, 0.34951F, -2.9641F},  {3.75e-04F, 0.26400F, 0.35200F, -3.5814F},
+    {4e-04F, 0.27218F, 0.35407F, -4.3633F},    {4.25e-04F, 0.28039F, 0.35577F, -5.3762F},
+    {4.5e-04F, 0.28863F, 0.35714F, -6.7262F},  {4.75e-04F, 0.29685F, 0.35823F, -8.5955F},
+    {5e-04F, 0.30505F, 0.35907F, -11.324F},    {5.25e-04F, 0.31320F, 0.35968F, -15.628F},
+    {5.5e-04F, 0.32129F, 0.36011F, -23.325F},  {5.75e-04F, 0.32931F, 0.36038F, -40.770F},
+    {6e-04F, 0.33724F, 0.36051F, -116.45F},
 };
 
-// Reciprocal temperatures of the lines, 1/K. The first is not 0, so that its own reciprocal stays finite.
-const float rt[kLines] = {1e-16F,   1e-05F,    2e-05F, 3e-05F,    4e-05F,   5e-05F,    6e-05F, 7e-05F,
-                          8e-05F,   9e-05F,    1e-04F, 1.25e-04F, 1.5e-04F, 1.75e-04F, 2e-04F, 2.25e-04F,
-                          2.5e-04F, 2.75e-04F, 3e-04F, 3.25e-04F, 3.5e-04F, 3.75e-04F, 4e-04F, 4.25e-04F,
-                          4.5e-04F, 4.75e-04F, 5e-04F, 5.25e-04F, 5.5e-04F, 5.75e-04F, 6e-04F};
-
-// sqrt(1 + t^2) of the lines in double, from t^2 in single precision.
-const double steepness[kLines] = {1.0291979559429039, 1.0319486187898508, 1.0354863270340853, 1.0399266535944576,
-                                  1.045390874122708,  1.0520292620722953, 1.0599973740860065, 1.0694646888457169,
-                                  1.0806161254531643, 1.0936425905621345, 1.1087497641725514, 1.1570525348361755,
-                                  1.2233626546169605, 1.3117995209446,    1.4271409749365458, 1.5749927444896397,
-                                  1.7623794568551543, 1.9980510513992886, 2.2932199473776564, 2.6629904102836064,
-                                  3.1282403549280997, 3.718390182910901,  4.476425514987975,  5.468411854780232,
-                                  6.800129990176716,  8.653474548707976,  11.368068721211854, 15.65996137475406,
-                                  23.34642722265015,  40.78226321777719,  116.45428958393933};
-
-// The distance at a right angle to a line, from the difference in v at one u.
-float normalised(float distance, int line) {
-  return static_cast<float>(static_cast<double>(distance) / steepness[line]);
+// The perpendicular distance to a line, from the difference in v at the same u.
+float perpendicular(float distance, const IsotemperatureLine &line) {
+  return static_cast<float>(static_cast<double>(distance) / std::sqrt(1.0 + static_cast<double>(line.t * line.t)));
 }
 
-// Kelvin above 0 to the nearest integer, halves away from zero; INT_MAX stands for everything above it.
-int whole_kelvin(float kelvin) { return kelvin < 2147483648.0F ? vexo_internal::nearest(kelvin) : INT_MAX; }
-
-// x to the power 0.3333333333333333, rounded to single precision, for x > 0. Of a first guess that divides the exponent
-// by three (3.3 % off at worst) two of Halley's steps make one that is 1e-14 off; the exponent, a little below a third,
-// moves a float by 1.7e-15. Where 2e-14 cannot round to another float, that saves the power function. NaN and infinity
-// do not compare equal on the way and so take it.
-float cube_root(double x) {
-  uint64_t guess;
-  memcpy(&guess, &x, sizeof guess);
-  guess = guess / 3 + 0x2A9F7893782DA1CE;
-  double y;
-  memcpy(&y, &guess, sizeof y);
-  for (int step = 0; step < 2; step++) {
-    const double cube = y * y * y;
-    y *= (cube + 2.0 * x) / (2.0 * cube + x);
-  }
-  const float low = static_cast<float>(y * (1.0 - 2e-14));
-  if (low == static_cast<float>(y * (1.0 + 2e-14))) {
-    return low;
-  }
-  return static_cast<float>(std::pow(x, 0.3333333333333333));
-}
-
-// The lightness function f of CIE 15: cube root, with a straight line below the ratio (6/29)^3.
-float vexo_XYZ_uniformity(float X, float Xn) {
+// The lightness function f of CIE 15: the cube root, with a straight line below the ratio (6/29)^3.
+float lightness_response(float X, float Xn) {
   const float node = 0.008856452F; // (6/29)^3
   const float scale = 7.787037F;   // (29/6)^2 / 3
-  const float var = X / Xn;
-  if (var < node) {
-    return static_cast<float>(static_cast<double>(var * scale) + 0.13793103448275862); // 16/116
+  const float ratio = X / Xn;
+  if (ratio < node) {
+    return static_cast<float>(static_cast<double>(ratio * scale) + 0.13793103448275862); // 16/116
   }
-  return cube_root(static_cast<double>(var));
+  return static_cast<float>(std::pow(static_cast<double>(ratio), 0.3333333333333333));
 }
 
 // L* from f(Y / Yn).
@@ -134,22 +79,10 @@ const double kTwoPi = 6.283185307179586;
 
 float chroma(float a, float b) { return std::sqrt(b * b + a * a); }
 
-// CIEDE2000's measure of how strong a chroma is, 0..1: sqrt(C^7 / (C^7 + 25^7)).
-double strength(double C7) { return std::sqrt(C7 / (C7 + 6103515625.0)); }
-
-// scale strength(C^7) + offset, rounded to single precision, for a scale of at most 2 either way. The power by
-// multiplications is right to 4 roundings and pow() to one; with those of the steps after it, halved by the root, the
-// results differ by less than 1.8e-15. Where that cannot round to another float, it saves the power function.
-float scaled_strength(float C, double scale, double offset) {
-  const double C1 = static_cast<double>(C);
-  const double C3 = C1 * C1 * C1;
-  const double value = scale * strength(C3 * C3 * C1) + offset;
-  const double error = 1.8e-15;
-  const float low = static_cast<float>(value - error);
-  if (low == static_cast<float>(value + error)) {
-    return low;
-  }
-  return static_cast<float>(scale * strength(std::pow(C1, 7.0)) + offset);
+// The chroma weight of CIEDE2000, 0..1: sqrt(C^7 / (C^7 + 25^7)).
+double chroma_weight(float C) {
+  const double C7 = std::pow(static_cast<double>(C), 7.0);
+  return std::sqrt(C7 / (C7 + 6103515625.0));
 }
 
 // Hue angle, 0 to 2 pi, rounded to single precision before the turn is added.
@@ -158,7 +91,7 @@ float hue(float a, float b) {
   return h < 0.0F ? static_cast<float>(static_cast<double>(h) + kTwoPi) : h;
 }
 
-// More than half a turn lies between two hues: their difference and mean then go the other way round.
+// Whether two hues lie more than half a turn apart. Their difference and mean then go the other way round the circle.
 bool far_apart(float hp1, float hp2) { return std::fabs(static_cast<double>(hp2 - hp1)) > kPi; }
 
 float hue_difference(float hp1, float hp2) {
@@ -189,9 +122,9 @@ float hue_weight(float hpbar) {
                             0.32 * std::cos(h3 + 0.10471975511965977) - 0.20 * std::cos(h4 - 1.0995574287564276));
 }
 
-// R_T: ties chroma and hue differences together in the blues, around 275 degrees.
+// R_T: the interaction of chroma and hue differences in the blues, around 275 degrees.
 float rotation(float hpbar, float Cpbar) {
-  const float RC = scaled_strength(Cpbar, 2.0, 0.0);
+  const float RC = static_cast<float>(2.0 * chroma_weight(Cpbar));
   const double z = (static_cast<double>(hpbar * 180.0F) / kPi - 275.0) / 25.0;
   const float dtheta = static_cast<float>(30.0 * std::exp(-(z * z)));
   return static_cast<float>(-std::sin(2.0 * static_cast<double>(dtheta) * kPi / 180.0) * static_cast<double>(RC));
@@ -291,12 +224,10 @@ int vexo_XYZ_mix(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *XYZ) {
 }
 
 int vexo_xyY_mix(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY) {
-  if (!valid_xyY(*xyY1) || !valid_xyY(*xyY2)) {
-    vexo_vector_init(xyY);
-    return -1;
-  }
-  *xyY = mix_weighted(*xyY1, weight(*xyY1), *xyY2, weight(*xyY2));
-  return 0;
+  const Light a(*xyY1);
+  const Light b(*xyY2);
+  *xyY = mix(a, b);
+  return a.valid && b.valid ? 0 : -1;
 }
 
 int vexo_xyY_mix_3(vexo_vector *xyY1, vexo_vector *xyY2, vexo_vector *xyY3, vexo_vector *xyY) {
@@ -318,14 +249,16 @@ int vexo_xyz_cct(float *xyz) {
   const float us = static_cast<float>(4.0 * X / den);
   const float vs = static_cast<float>(6.0 * Y / den);
 
-  const auto distance = [us, vs](int i) { return vs - uvt[i].v - uvt[i].t * (us - uvt[i].u); };
-  float dm = distance(0);
+  const auto distance = [us, vs](const IsotemperatureLine &line) { return vs - line.v - line.t * (us - line.u); };
+  float dm = distance(kLine[0]);
   for (int i = 1; i < kLines; i++) {
-    const float di = distance(i);
+    const IsotemperatureLine &before = kLine[i - 1];
+    const IsotemperatureLine &here = kLine[i];
+    const float di = distance(here);
     if ((di < 0.0F) != (dm < 0.0F) && !std::isnan(dm) && !std::isnan(di)) {
-      const float before = normalised(dm, i - 1);
-      const float p = before / (before - normalised(di, i));
-      return whole_kelvin(1.0F / (rt[i - 1] + (rt[i] - rt[i - 1]) * p));
+      const float m = perpendicular(dm, before);
+      const float p = m / (m - perpendicular(di, here));
+      return rounded<int>(static_cast<double>(1.0F / (before.r + (here.r - before.r) * p)));
     }
     dm = di;
   }
@@ -334,7 +267,7 @@ int vexo_xyz_cct(float *xyz) {
 
 int vexo_XYZ_CCT(vexo_vector *XYZ) { return vexo_xyz_cct(XYZ->d); }
 
-float vexo_XYZ_Lstar(vexo_vector *XYZ, float Yn) { return lightness(vexo_XYZ_uniformity(XYZ->d[1], Yn), Yn); }
+float vexo_XYZ_Lstar(vexo_vector *XYZ, float Yn) { return lightness(lightness_response(XYZ->d[1], Yn), Yn); }
 
 int vexo_XYZ_Luv(vexo_vector *XYZ, vexo_vector *REF) {
   const float Lstar = vexo_XYZ_Lstar(XYZ, REF->d[1]);
@@ -358,9 +291,9 @@ float vexo_XYZ_DEuv(vexo_vector *XYZ1, vexo_vector *XYZ2, vexo_vector *REF) {
 }
 
 int vexo_XYZ_Lab(vexo_vector *XYZ, vexo_vector *REF) {
-  const float fX = vexo_XYZ_uniformity(XYZ->d[0], REF->d[0]);
-  const float fY = vexo_XYZ_uniformity(XYZ->d[1], REF->d[1]);
-  const float fZ = vexo_XYZ_uniformity(XYZ->d[2], REF->d[2]);
+  const float fX = lightness_response(XYZ->d[0], REF->d[0]);
+  const float fY = lightness_response(XYZ->d[1], REF->d[1]);
+  const float fZ = lightness_response(XYZ->d[2], REF->d[2]);
   *XYZ = vexo_vector{{lightness(fY, REF->d[1]), (fX - fY) * 500.0F, (fY - fZ) * 200.0F}};
   return 0;
 }
@@ -391,7 +324,7 @@ float vexo_Lab_DE2000(vexo_vector *Lab1, vexo_vector *Lab2) {
   const auto &c1 = Lab1->d;
   const auto &c2 = Lab2->d;
   const float Cbar = (chroma(c1[1], c1[2]) + chroma(c2[1], c2[2])) * 0.5F;
-  const float G = scaled_strength(Cbar, -0.5, 0.5);
+  const float G = static_cast<float>(0.5 * (1.0 - chroma_weight(Cbar)));
   const float ap1 = (1.0F + G) * c1[1];
   const float ap2 = (1.0F + G) * c2[1];
   const float Cp1 = chroma(ap1, c1[2]);

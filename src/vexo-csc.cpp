@@ -1,5 +1,6 @@
-// Video colour space conversion. Matrices and vectors are single precision; spans and black levels of the signal
-// ranges and the sine and cosine of the hue are formed in double and rounded once.
+// Video colour space conversion: signal ranges, picture controls, the builders of conversions, registers.
+// Matrices and vectors are single precision. Spans and black levels of the signal ranges, and the sine and cosine of
+// the hue, are formed in double and rounded once.
 #include "vexo-csc.h"
 
 #include <algorithm>
@@ -9,10 +10,10 @@
 
 namespace {
 
-enum class Kind { kYCbCr, kRgb, kNone };
+enum class Kind { kYCbCr, kRgb };
 
-// A signal range at u = 2^(nbits - 8): the first component spans peak u - cut codes, the others
-// chroma_num / chroma_den of that; black lies at (black u, black_rest u, black_rest u).
+// A signal range, in units of u = 2^(nbits - 8) codes. The first component spans peak u - cut codes, the other two
+// chroma_num / chroma_den of that. Black lies at (black u, black_rest u, black_rest u).
 struct RangeRule {
   Kind kind;
   double peak;
@@ -25,8 +26,8 @@ struct RangeRule {
 
 const int kRanges = 8;
 
-// By the value of color_range; anything else has the identity as its scale, and black at zero.
-const RangeRule kRangeRules[kRanges + 1] = {
+// By the value of color_range.
+const RangeRule kRangeRules[kRanges] = {
     {Kind::kYCbCr, 219.0, 0.0, 224.0, 219.0, 16.0, 128.0}, // YCBCR_VIDEO_RANGE
     {Kind::kYCbCr, 256.0, 1.0, 1.0, 1.0, 0.0, 128.0},      // YCBCR_FULL_RANGE
     {Kind::kRgb, 256.0, 1.0, 1.0, 1.0, 0.0, 0.0},          // RGB_GRAPHIC_RANGE
@@ -35,133 +36,111 @@ const RangeRule kRangeRules[kRanges + 1] = {
     {Kind::kYCbCr, 254.0, 1.0, 224.0, 219.0, 1.0, 128.0},  // YCBCR_SMPTE_FULL_RANGE
     {Kind::kRgb, 239.0, 1.0, 1.0, 1.0, 16.0, 16.0},        // RGB_EXTENDED_RANGE
     {Kind::kRgb, 254.0, 1.0, 1.0, 1.0, 1.0, 1.0},          // RGB_SMPTE_FULL_RANGE
-    {Kind::kNone, 0.0, -1.0, 1.0, 1.0, 0.0, 0.0},
 };
 
-const RangeRule &rule_of(color_range range) {
-  return kRangeRules[range >= 0 && range < kRanges ? static_cast<int>(range) : kRanges];
-}
-
-bool valid_signal(color_range range, int nbits) {
-  return rule_of(range).kind != Kind::kNone && nbits >= 8 && nbits <= 30;
-}
+bool valid_signal(color_range range, int nbits) { return range >= 0 && range < kRanges && nbits >= 8 && nbits <= 30; }
 
 double unit(int nbits) { return static_cast<double>(1 << (nbits - 8)); }
 
 // The codes from black to white of the first component.
-float comp1_scale(color_range range, int nbits) {
-  const RangeRule &rule = rule_of(range);
+float span(color_range range, int nbits) {
+  const RangeRule &rule = kRangeRules[range];
   return static_cast<float>(rule.peak * unit(nbits) - rule.cut);
 }
 
 // The same for a control that acts on one kind of signal only.
-float control_scale(Kind kind, color_range range, int nbits) {
-  return rule_of(range).kind == kind ? comp1_scale(range, nbits) : 0.0F;
+float control_span(Kind kind, color_range range, int nbits) {
+  return kRangeRules[range].kind == kind ? span(range, nbits) : 0.0F;
 }
 
-void vexo_csc_scale_matrix(vexo_matrix *m, color_range range, int nbits) {
-  const RangeRule &rule = rule_of(range);
-  const float scale = comp1_scale(range, nbits);
-  vexo_matrix_init(m);
-  m->d[0][0] = scale;
-  m->d[1][1] = static_cast<float>(static_cast<double>(scale) * rule.chroma_num / rule.chroma_den);
-  m->d[2][2] = m->d[1][1];
+// From normalised values to codes above black.
+vexo_matrix scale_matrix(color_range range, int nbits) {
+  const RangeRule &rule = kRangeRules[range];
+  const float first = span(range, nbits);
+  const float rest = static_cast<float>(static_cast<double>(first) * rule.chroma_num / rule.chroma_den);
+  return vexo_matrix{{{first, 0.0F, 0.0F}, {0.0F, rest, 0.0F}, {0.0F, 0.0F, rest}}};
 }
 
-void vexo_csc_black_level_vector(vexo_vector *b, color_range range, int nbits) {
-  const RangeRule &rule = rule_of(range);
+vexo_vector black_level(color_range range, int nbits) {
+  const RangeRule &rule = kRangeRules[range];
   const float rest = static_cast<float>(rule.black_rest * unit(nbits));
-  *b = vexo_vector{{static_cast<float>(rule.black * unit(nbits)), rest, rest}};
+  return vexo_vector{{static_cast<float>(rule.black * unit(nbits)), rest, rest}};
 }
 
-void vexo_ccp_hsc_matrix(vexo_ccp *ccp, vexo_matrix *m) {
-  const float cs = ccp->contrast * ccp->saturation;
-  double sine;
-  double cosine;
-  sincos(static_cast<double>(ccp->hue), &sine, &cosine);
-  vexo_matrix_init(m);
-  m->d[0][0] = ccp->contrast;
-  m->d[1][1] = static_cast<float>(static_cast<double>(cs) * cosine);
-  m->d[2][2] = m->d[1][1];
-  m->d[1][2] = static_cast<float>(static_cast<double>(cs) * sine);
-  m->d[2][1] = -m->d[1][2];
+// Hue, saturation and contrast, on Y, Pb, Pr.
+vexo_matrix hsc_matrix(const vexo_ccp &ccp) {
+  const double chroma = static_cast<double>(ccp.contrast * ccp.saturation);
+  const float cosine = static_cast<float>(chroma * std::cos(static_cast<double>(ccp.hue)));
+  const float sine = static_cast<float>(chroma * std::sin(static_cast<double>(ccp.hue)));
+  return vexo_matrix{{{ccp.contrast, 0.0F, 0.0F}, {0.0F, cosine, sine}, {0.0F, -sine, cosine}}};
 }
 
-void vexo_ccp_gain_matrix(vexo_ccp *ccp, vexo_matrix *m) {
-  vexo_matrix_init(m);
-  for (int i = 0; i < 3; i++) {
-    m->d[i][i] = ccp->gain.d[i];
-  }
+vexo_matrix gain_matrix(const vexo_ccp &ccp) {
+  const auto &gain = ccp.gain.d;
+  return vexo_matrix{{{gain[0], 0.0F, 0.0F}, {0.0F, gain[1], 0.0F}, {0.0F, 0.0F, gain[2]}}};
 }
 
-void vexo_ccp_offset_vector(vexo_ccp *ccp, vexo_vector *v, color_range range, int nbits) {
-  *v = ccp->offset;
-  vexo_vector_scale(v, control_scale(Kind::kRgb, range, nbits));
+// The offset control in codes of an RGB range.
+vexo_vector offset_codes(const vexo_ccp &ccp, color_range range, int nbits) {
+  vexo_vector v = ccp.offset;
+  vexo_vector_scale(&v, control_span(Kind::kRgb, range, nbits));
+  return v;
 }
 
-void vexo_ccp_brightness_vector(vexo_ccp *ccp, vexo_vector *v, color_range range, int nbits) {
-  *v = vexo_vector{{ccp->brightness * control_scale(Kind::kYCbCr, range, nbits), 0.0F, 0.0F}};
+// The brightness control in codes of a YCbCr range.
+vexo_vector brightness_codes(const vexo_ccp &ccp, color_range range, int nbits) {
+  return vexo_vector{{ccp.brightness * control_span(Kind::kYCbCr, range, nbits), 0.0F, 0.0F}};
 }
 
-// Normalised R'G'B' to Y'PbPr: Pb = (B - Y) / (2 (1 - Kb)), Pr = (R - Y) / (2 (1 - Kr)).
-void rgb01_ypbpr(vexo_vector *luma, vexo_matrix *m) {
-  vexo_vector b = {{0.0F, 0.0F, 1.0F}};
-  vexo_vector r = {{1.0F, 0.0F, 0.0F}};
-  vexo_vector_sub(&b, luma);
-  vexo_vector_sub(&r, luma);
-  const float nb = 0.5F / b.d[2];
-  const float nr = 0.5F / r.d[0];
-  vexo_vector_scale(&b, nb);
-  vexo_vector_scale(&r, nr);
-  vexo_matrix_set_row(m, luma, 0);
-  vexo_matrix_set_row(m, &b, 1);
-  vexo_matrix_set_row(m, &r, 2);
+// Normalised R'G'B' to Y'PbPr: Pb = (B - Y) / (2 (1 - Kb)), Pr = (R - Y) / (2 (1 - Kr)). The luma weights Kr, Kg, Kb
+// are the Y row of the colour space's matrix.
+vexo_matrix rgb_ypbpr(const vexo_cs &cs) {
+  const auto &K = cs.npm.d[1];
+  const float nb = 0.5F / (1.0F - K[2]);
+  const float nr = 0.5F / (1.0F - K[0]);
+  return vexo_matrix{{{K[0], K[1], K[2]},
+                      {(0.0F - K[0]) * nb, (0.0F - K[1]) * nb, (1.0F - K[2]) * nb},
+                      {(1.0F - K[0]) * nr, (0.0F - K[1]) * nr, (0.0F - K[2]) * nr}}};
 }
 
-// The luma weights of a colour space are the Y row of its matrix.
-void luma_matrix(vexo_cs *cs, vexo_matrix *m) {
-  vexo_vector luma;
-  vexo_matrix_get_row(&cs->npm, &luma, 1);
-  rgb01_ypbpr(&luma, m);
-}
+// Puts m before the conversion.
+void multiply_in(vexo_csc *csc, const vexo_matrix &m) { vexo_matrix_multiply(&csc->matrix, &m); }
 
-// One side of a conversion: its coding and the control that shifts it, in codes.
+// One side of a conversion: its coding, and the codes by which a control shifts it.
 struct Signal {
   color_range range;
   int nbits;
   vexo_vector shift;
 };
 
-// Completes a matrix from normalised input to output codes: input codes are shifted and normalised before it, black and
-// shift of the output come after it.
-void between_codes(vexo_csc *csc, Signal in, Signal out) {
-  vexo_matrix scale;
+// Completes a conversion whose matrix leads from normalised input to output codes: input codes are shifted and
+// normalised before the matrix, and the black level and the shift of the output are added after it.
+void between_codes(vexo_csc *csc, const Signal &in, Signal out) {
+  const vexo_matrix scale = scale_matrix(in.range, in.nbits);
   vexo_matrix normalise;
-  vexo_csc_scale_matrix(&scale, in.range, in.nbits);
   vexo_matrix_invert(&normalise, &scale); // spans are never zero
-  vexo_csc_prev_matrix(csc, &normalise);
+  multiply_in(csc, normalise);
 
-  vexo_vector black;
-  vexo_csc_black_level_vector(&black, in.range, in.nbits);
+  vexo_vector black = black_level(in.range, in.nbits);
   csc->offset = in.shift;
   vexo_vector_sub(&csc->offset, &black);
   vexo_matrix_transform(&csc->matrix, &csc->offset);
-  vexo_csc_black_level_vector(&black, out.range, out.nbits);
+  black = black_level(out.range, out.nbits);
   vexo_vector_add(&csc->offset, &black);
   vexo_vector_add(&csc->offset, &out.shift);
 }
 
-// c1 becomes c1 after c2.
-void vexo_csc_mult(vexo_csc *c1, vexo_csc *c2) {
-  vexo_vector t = c2->offset;
-  vexo_matrix_transform(&c1->matrix, &t);
-  vexo_vector_add(&c1->offset, &t);
-  vexo_matrix_multiply(&c1->matrix, &c2->matrix);
+// csc becomes the conversion that applies first, then csc.
+void follow(vexo_csc *csc, const vexo_csc &first) {
+  vexo_vector t = first.offset;
+  vexo_matrix_transform(&csc->matrix, &t);
+  vexo_vector_add(&csc->offset, &t);
+  multiply_in(csc, first.matrix);
 }
 
 const int kOrders = 6;
 
-// By the value of swap_in, applied before a conversion, or of swap_out, applied after it.
+// Component orders by the value of swap_in, applied to the input, or of swap_out, applied to the output.
 const vexo_matrix kOrderMatrices[kOrders] = {
     {{{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}}},
     {{{0.0F, 0.0F, 1.0F}, {0.0F, 1.0F, 0.0F}, {1.0F, 0.0F, 0.0F}}},
@@ -173,10 +152,9 @@ const vexo_matrix kOrderMatrices[kOrders] = {
 
 bool valid_order(int order) { return order >= 0 && order < kOrders; }
 
-void vexo_csc_swap(vexo_csc *csc, swap_in swap_colons, swap_out swap_rows) {
+void reorder(vexo_csc *csc, swap_in swap_colons, swap_out swap_rows) {
   if (swap_colons != 0) {
-    vexo_matrix m = kOrderMatrices[swap_colons];
-    vexo_csc_prev_matrix(csc, &m);
+    multiply_in(csc, kOrderMatrices[swap_colons]);
   }
   if (swap_rows != 0) {
     vexo_matrix m = kOrderMatrices[swap_rows];
@@ -193,17 +171,16 @@ int build_swapped(Builder *build, vexo_csc *csc, vexo_cs *cs, color_range src_ra
   }
   const int status = build(csc, cs, src_range, dst_range, ccp, nbits);
   if (status == 0) {
-    vexo_csc_swap(csc, swap_colons, swap_rows);
+    reorder(csc, swap_colons, swap_rows);
   }
   return status;
 }
 
-const double csc_limit = 0x1fff;
-
-// A register from a value in its steps, halves rounded upward.
-short saturated(float value) {
-  const double rounded = std::floor(static_cast<double>(value) + 0.5);
-  return std::isnan(rounded) ? short{0} : static_cast<short>(std::clamp(rounded, -csc_limit - 1.0, csc_limit));
+// The register of a value in register steps. Halves round upward, unlike those of codes. A NaN is 0.
+short register_of(float value) {
+  const double limit = 0x1fff;
+  const double whole = std::floor(static_cast<double>(value) + 0.5);
+  return std::isnan(whole) ? short{0} : static_cast<short>(std::clamp(whole, -limit - 1.0, limit));
 }
 
 void dump_row(FILE *f, const char *prefix, const char *name, const short row[3]) {
@@ -261,24 +238,17 @@ int _vexo_csc_rgb_ycbcr(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range r
   if (!valid_signal(rgb_range, ibits) || !valid_signal(ycbcr_range, obits)) {
     return -1;
   }
-  vexo_csc_scale_matrix(&csc->matrix, ycbcr_range, obits);
+  csc->matrix = scale_matrix(ycbcr_range, obits);
+  multiply_in(csc, hsc_matrix(*ccp));
+  multiply_in(csc, rgb_ypbpr(*ocs));
+  multiply_in(csc, gain_matrix(*ccp));
   vexo_matrix m;
-  vexo_ccp_hsc_matrix(ccp, &m);
-  vexo_csc_prev_matrix(csc, &m);
-  luma_matrix(ocs, &m);
-  vexo_csc_prev_matrix(csc, &m);
-  vexo_ccp_gain_matrix(ccp, &m);
-  vexo_csc_prev_matrix(csc, &m);
   if (vexo_cs_chad_transform(&m, ocs, ics) != 0) {
     return -1;
   }
-  vexo_csc_prev_matrix(csc, &m);
-
-  Signal in = {rgb_range, ibits, {}};
-  Signal out = {ycbcr_range, obits, {}};
-  vexo_ccp_offset_vector(ccp, &in.shift, rgb_range, ibits);
-  vexo_ccp_brightness_vector(ccp, &out.shift, ycbcr_range, obits);
-  between_codes(csc, in, out);
+  multiply_in(csc, m);
+  between_codes(csc, Signal{rgb_range, ibits, offset_codes(*ccp, rgb_range, ibits)},
+                Signal{ycbcr_range, obits, brightness_codes(*ccp, ycbcr_range, obits)});
   return 0;
 }
 
@@ -287,52 +257,45 @@ int _vexo_csc_ycbcr_rgb(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range y
   if (!valid_signal(ycbcr_range, ibits) || !valid_signal(rgb_range, obits)) {
     return -1;
   }
-  vexo_csc_scale_matrix(&csc->matrix, rgb_range, obits);
+  csc->matrix = scale_matrix(rgb_range, obits);
+  multiply_in(csc, gain_matrix(*ccp));
   vexo_matrix m;
-  vexo_ccp_gain_matrix(ccp, &m);
-  vexo_csc_prev_matrix(csc, &m);
   if (vexo_cs_chad_transform(&m, ocs, ics) != 0) {
     return -1;
   }
-  vexo_csc_prev_matrix(csc, &m);
-  vexo_matrix encode;
-  luma_matrix(ics, &encode);
-  vexo_matrix_invert(&m, &encode); // no colour space with a green weight fails here
-  vexo_csc_prev_matrix(csc, &m);
-  vexo_ccp_hsc_matrix(ccp, &m);
-  vexo_csc_prev_matrix(csc, &m);
-
-  Signal in = {ycbcr_range, ibits, {}};
-  Signal out = {rgb_range, obits, {}};
-  vexo_ccp_brightness_vector(ccp, &in.shift, ycbcr_range, ibits);
-  vexo_ccp_offset_vector(ccp, &out.shift, rgb_range, obits);
-  between_codes(csc, in, out);
+  multiply_in(csc, m);
+  const vexo_matrix encode = rgb_ypbpr(*ics);
+  vexo_matrix_invert(&m, &encode); // leaves m as it is for a colour space without a green weight
+  multiply_in(csc, m);
+  multiply_in(csc, hsc_matrix(*ccp));
+  between_codes(csc, Signal{ycbcr_range, ibits, brightness_codes(*ccp, ycbcr_range, ibits)},
+                Signal{rgb_range, obits, offset_codes(*ccp, rgb_range, obits)});
   return 0;
 }
 
 int _vexo_csc_rgb_rgb(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range src_range, color_range dst_range,
                       vexo_ccp *ccp, int ibits, int obits) {
-  vexo_ccp tmp_ccp;
-  vexo_csc tmp_csc;
-  vexo_ccp_init(&tmp_ccp);
-  if (_vexo_csc_rgb_ycbcr(&tmp_csc, ics, ocs, src_range, YCBCR_FULL_RANGE, ccp, ibits, obits) != 0 ||
-      _vexo_csc_ycbcr_rgb(csc, ocs, ocs, YCBCR_FULL_RANGE, dst_range, &tmp_ccp, obits, obits) != 0) {
+  vexo_csc first;
+  vexo_ccp neutral;
+  vexo_ccp_init(&neutral);
+  if (_vexo_csc_rgb_ycbcr(&first, ics, ocs, src_range, YCBCR_FULL_RANGE, ccp, ibits, obits) != 0 ||
+      _vexo_csc_ycbcr_rgb(csc, ocs, ocs, YCBCR_FULL_RANGE, dst_range, &neutral, obits, obits) != 0) {
     return -1;
   }
-  vexo_csc_mult(csc, &tmp_csc);
+  follow(csc, first);
   return 0;
 }
 
 int _vexo_csc_ycbcr_ycbcr(vexo_csc *csc, vexo_cs *ics, vexo_cs *ocs, color_range src_range, color_range dst_range,
                           vexo_ccp *ccp, int ibits, int obits) {
-  vexo_ccp tmp_ccp;
-  vexo_csc tmp_csc;
-  vexo_ccp_init(&tmp_ccp);
-  if (_vexo_csc_ycbcr_rgb(&tmp_csc, ics, ocs, src_range, RGB_VIDEO_RANGE, ccp, ibits, obits) != 0 ||
-      _vexo_csc_rgb_ycbcr(csc, ocs, ocs, RGB_VIDEO_RANGE, dst_range, &tmp_ccp, obits, obits) != 0) {
+  vexo_csc first;
+  vexo_ccp neutral;
+  vexo_ccp_init(&neutral);
+  if (_vexo_csc_ycbcr_rgb(&first, ics, ocs, src_range, RGB_VIDEO_RANGE, ccp, ibits, obits) != 0 ||
+      _vexo_csc_rgb_ycbcr(csc, ocs, ocs, RGB_VIDEO_RANGE, dst_range, &neutral, obits, obits) != 0) {
     return -1;
   }
-  vexo_csc_mult(csc, &tmp_csc);
+  follow(csc, first);
   return 0;
 }
 
@@ -419,9 +382,9 @@ int vexo_csc_bgr_rgb(vexo_csc *csc, vexo_cs *cs, color_range src_range, color_ra
 int vexo_csc_float_reg(vexo_csc *csc, vexo_csc_reg *reg) {
   for (int i = 0; i < 3; i++) {
     for (int j = 0; j < 3; j++) {
-      reg->gain[i][j] = saturated(csc->matrix.d[i][j] * 2048.0F);
+      reg->gain[i][j] = register_of(csc->matrix.d[i][j] * 2048.0F);
     }
-    reg->offset[i] = saturated(csc->offset.d[i] * 4.0F);
+    reg->offset[i] = register_of(csc->offset.d[i] * 4.0F);
     reg->clip_max[i] = 0x3ff;
     reg->clip_min[i] = 0;
   }

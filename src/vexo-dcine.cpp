@@ -4,7 +4,10 @@
 
 #include <cmath>
 
+#include "base/codes.h"
 #include "vexo-cs.h"
+
+using vexo_internal::largest_code;
 
 const float dcine_gamma = 2.6F;
 const float dcine_v = 52.37F;
@@ -12,8 +15,8 @@ const float dcine_l = 48.0F;
 
 namespace {
 
-// The largest code of a depth; 0 for a depth that makes no codes.
-int max_val(unsigned int nbits) { return nbits >= 1 && nbits <= 31 ? static_cast<int>((1U << nbits) - 1U) : 0; }
+// The highest code of a depth; 0 for a depth that makes no codes.
+int max_val(unsigned int nbits) { return nbits >= 1 && nbits <= 31 ? largest_code(static_cast<int>(nbits)) : 0; }
 
 double decoded(float x) { return std::pow(static_cast<double>(x), static_cast<double>(dcine_gamma)); }
 
@@ -45,7 +48,7 @@ float rgb_RGB(int M) { return static_cast<float>(M); }
 
 vexo_matrix diagonal(float k) { return vexo_matrix{{{k, 0.0F, 0.0F}, {0.0F, k, 0.0F}, {0.0F, 0.0F, k}}}; }
 
-// A matrix product even here: it decides what becomes of inf and NaN.
+// Scales by a matrix product, so that an infinity or NaN in one component reaches the others.
 void scale(vexo_vector *v, unsigned int nbits, float (*factor)(int M)) {
   const int M = max_val(nbits);
   if (M == 0) {

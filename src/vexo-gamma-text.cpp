@@ -10,11 +10,11 @@
 #include "base/numbers.h"
 #include "vexo-gamma.h"
 
-using vexo_internal::code_of;
 using vexo_internal::LineWriter;
 using vexo_internal::max_code;
 using vexo_internal::NumberLocale;
 using vexo_internal::put_integer;
+using vexo_internal::quantise;
 using vexo_internal::valid_depth;
 
 namespace {
@@ -27,7 +27,7 @@ const int kColumnLimit = 1024; // numbers read from a one-column file
 // The codes of entry i of three tables, a line "%*d %*d %*d\n".
 char *put_codes(char *text, const vexo_lut *lut, int i, float max_value, int width) {
   for (int c = 0; c < 3; c++) {
-    text = put_integer(text, code_of(lut[c].d[i], max_value), width);
+    text = put_integer(text, quantise(lut[c].d[i], max_value), width);
     *text++ = c < 2 ? ' ' : '\n';
   }
   return text;
@@ -173,7 +173,7 @@ void vexo_lut_dump_int(FILE *f, vexo_lut *lut, int nbits, char *title) {
   const float max_value = max_code(nbits);
   LineWriter lines(f);
   for (int i = 0; i < lut->size; i++) {
-    char *text = put_integer(lines.line(), code_of(lut->d[i], max_value), 5);
+    char *text = put_integer(lines.line(), quantise(lut->d[i], max_value), 5);
     *text++ = '\t';
     *text++ = '#';
     text = put_integer(text, i, 5);

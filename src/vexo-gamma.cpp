@@ -2,36 +2,27 @@
 // blend are formed in double and rounded once.
 #include "vexo-gamma.h"
 
-#include <climits>
+#include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "base/codes.h"
 #include "base/exact.h"
+#include "base/owners.h"
 #include "base/search.h"
-#include "vexo-curve.h"
 
-using vexo_internal::blend;
+using vexo_internal::Block;
+using vexo_internal::block_of;
 using vexo_internal::first_reached;
-using vexo_internal::FirstReach;
+using vexo_internal::lerp;
 using vexo_internal::max_code;
-using vexo_internal::short_code_of;
+using vexo_internal::quantise_short;
+using vexo_internal::rounded;
 using vexo_internal::table_at;
 using vexo_internal::valid_depth;
 
 namespace {
-
-struct Free {
-  void operator()(void *p) const { free(p); }
-};
-template <typename T> using Owned = std::unique_ptr<T, Free>;
-
-template <typename T> Owned<T> allocate(int count) {
-  return Owned<T>(static_cast<T *>(calloc(static_cast<size_t>(count), sizeof(T))));
-}
 
 // Stores the size and takes over the storage allocated for it.
 int adopt(vexo_lut *lut, int size, void *storage) {
@@ -43,9 +34,6 @@ int adopt(vexo_lut *lut, int size, void *storage) {
   }
   return 0;
 }
-
-// Whether size entries can be counted in bytes.
-bool allocatable(int size) { return size >= 0 && static_cast<size_t>(size) <= SIZE_MAX / sizeof(float); }
 
 float normalised_input(int i, int size) {
   return static_cast<float>(static_cast<double>(i) / (static_cast<double>(size) - 1.0));
@@ -63,17 +51,17 @@ void sample_curve(float (*curve)(vexo_gamma *, float), vexo_gamma *gamma, vexo_l
   }
 }
 
-// x^exponent. The first power is x itself, as the library function too finds, at far greater cost.
-double power(double x, double exponent) { return exponent == 1.0 ? x : std::pow(x, exponent); }
-
-// The normalised position at which a table reaches y, 0 < y < 1, where entry i + 1 is the first after 0 to reach it.
-float position_between(const vexo_lut *lut, int i, float y) {
+// vexo_lut_inverse(), where entry i + 1 is the first after entry 0 that reaches y. There is none when i is the last.
+float inverse_in_segment(const vexo_lut *lut, int i, float y) {
+  if (y <= 0.0F) {
+    return 0.0F;
+  }
   const float *d = lut->d;
   const int n = lut->size - 1;
-  if (i >= n) {
+  if (y >= 1.0F || i >= n) {
     return 1.0F;
   }
-  if (d[i + 1] == d[i]) { // only a flat start: any other segment begins below y
+  if (d[i + 1] == d[i]) { // only the first segment can be flat here: any other begins below y
     return -1.0F;
   }
   const float t = (y - d[i]) / (d[i + 1] - d[i]);
@@ -82,35 +70,34 @@ float position_between(const vexo_lut *lut, int i, float y) {
   return static_cast<float>(position / static_cast<double>(n));
 }
 
-// The output entry nearest to position p, between 0 and last; a NaN is entry 0.
-int nearest_entry(double p, int last) {
-  if (!(p > 0.0)) {
-    return 0;
+// first_reached() for many values that mostly rise.
+//   Searched: any table of any size.
+//   Order: from the last answer upward; from the start again for a value that an entry passed over reaches.
+//   End: an entry reaches the value, or the table ends.
+//   Result: the first entry that reaches the value, or count.
+class RisingSearch {
+public:
+  RisingSearch(const float *table, int count) : table_(table), count_(count) {}
+
+  int first(float y) {
+    if (y <= passed_) {
+      at_ = 0;
+      passed_ = -INFINITY;
+    }
+    for (; at_ < count_ && !(y <= table_[at_]); at_++) {
+      passed_ = std::max(passed_, table_[at_]); // a NaN stays out
+    }
+    return at_;
   }
-  return p >= static_cast<double>(last) ? last : static_cast<int>(std::lround(p));
-}
+
+private:
+  const float *table_;
+  int count_;
+  int at_ = 0;
+  float passed_ = -INFINITY; // the highest entry before at_
+};
 
 } // namespace
-
-void vexo_internal::light_of_inputs(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system) {
-  const float lut_step = step_of(lut->size);
-  for (int i = 0; i < lut->size; i++) {
-    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
-    lut->d[i] = vexo_gamma_evaluate(system, scene);
-  }
-}
-
-void vexo_internal::drives_of_light(vexo_lut *lut, const vexo_lut *panel) {
-  FirstReach search(panel->d + 1, panel->size - 1);
-  for (int i = 0; i < lut->size; i++) {
-    const float y = lut->d[i];
-    if (y <= 0.0F || y >= 1.0F) {
-      lut->d[i] = y <= 0.0F ? 0.0F : 1.0F;
-    } else {
-      lut->d[i] = position_between(panel, search.first(y), y);
-    }
-  }
-}
 
 static_assert(sizeof(vexo_gamma) == 16 && sizeof(vexo_lut) == 2 * sizeof(void *), "part of the binary interface");
 
@@ -127,7 +114,7 @@ float vexo_gamma_evaluate(vexo_gamma *gamma, float x) {
     return gamma->slope * x;
   }
   const double offset = static_cast<double>(gamma->offset);
-  const double x_power = power(static_cast<double>(x), static_cast<double>(gamma->gamma));
+  const double x_power = std::pow(static_cast<double>(x), static_cast<double>(gamma->gamma));
   return static_cast<float>((offset + 1.0) * x_power - offset);
 }
 
@@ -145,15 +132,15 @@ float vexo_gamma_inverse(vexo_gamma *gamma, float y) {
     return -1.0F;
   }
   const double base = static_cast<double>(y + gamma->offset) / (static_cast<double>(gamma->offset) + 1.0);
-  return static_cast<float>(power(base, 1.0 / static_cast<double>(gamma->gamma)));
+  return static_cast<float>(std::pow(base, 1.0 / static_cast<double>(gamma->gamma)));
 }
 
 int vexo_lut_init(vexo_lut *lut, int size) {
-  return adopt(lut, size, allocatable(size) ? malloc(static_cast<size_t>(size) * sizeof(float)) : nullptr);
+  return adopt(lut, size, size >= 0 ? block_of<float>(static_cast<size_t>(size)).release() : nullptr);
 }
 
 int vexo_lut_init_zero(vexo_lut *lut, int size) {
-  return adopt(lut, size, allocatable(size) ? calloc(static_cast<size_t>(size), sizeof(float)) : nullptr);
+  return adopt(lut, size, size >= 0 ? calloc(static_cast<size_t>(size), sizeof(float)) : nullptr);
 }
 
 void vexo_lut_destroy(vexo_lut *lut) {
@@ -196,13 +183,7 @@ float vexo_lut_evaluate(const vexo_lut *lut, float x) {
 }
 
 float vexo_lut_inverse(vexo_lut *lut, float y) {
-  if (y <= 0.0F) {
-    return 0.0F;
-  }
-  if (y >= 1.0F || lut->size < 2) {
-    return 1.0F;
-  }
-  return position_between(lut, first_reached(lut->d + 1, lut->size - 1, y), y);
+  return inverse_in_segment(lut, lut->size < 2 ? 0 : first_reached(lut->d + 1, lut->size - 1, y), y);
 }
 
 int vexo_lut_dup(vexo_lut *dst, const vexo_lut *src) {
@@ -275,7 +256,7 @@ int vexo_data_normalize(float *data, int size) {
     }
     const float length = static_cast<float>(j - i);
     for (int k = i + 1; k < j; k++) {
-      data[k] = blend(data[i], data[j], (static_cast<float>(k) - static_cast<float>(i)) / length);
+      data[k] = lerp(data[i], data[j], (static_cast<float>(k) - static_cast<float>(i)) / length);
     }
     i = j;
   }
@@ -305,7 +286,7 @@ int vexo_lut_to_uint(vexo_lut *lut, unsigned short *data, int nbits) {
   }
   const float max_value = max_code(nbits);
   for (int i = 0; i < lut->size; i++) {
-    data[i] = short_code_of(lut->d[i], max_value);
+    data[i] = quantise_short(lut->d[i], max_value);
   }
   return 0;
 }
@@ -314,23 +295,26 @@ void vexo_gamma_lut_invert(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system
   if (lut->size < 2 || panel->size < 2) {
     return;
   }
-  vexo_internal::light_of_inputs(lut, camera, system);
-  vexo_internal::drives_of_light(lut, panel);
+  RisingSearch search(panel->d + 1, panel->size - 1);
+  const float lut_step = step_of(lut->size);
+  for (int i = 0; i < lut->size; i++) {
+    const float scene = vexo_gamma_inverse(camera, static_cast<float>(i) * lut_step);
+    const float light = vexo_gamma_evaluate(system, scene);
+    lut->d[i] = inverse_in_segment(panel, search.first(light), light);
+  }
 }
 
 int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *system, vexo_lut *panel) {
   if (lut->size < 2 || panel->size < 2) {
     return -1;
   }
-  const Owned<int> owned_nx = allocate<int>(lut->size);
-  const Owned<float> owned_ny = allocate<float>(lut->size);
-  int *const nx = owned_nx.get();
-  float *const ny = owned_ny.get();
+  const Block<int> nx = block_of<int>(static_cast<size_t>(lut->size));
+  const Block<float> ny = block_of<float>(static_cast<size_t>(lut->size));
   if (nx == nullptr || ny == nullptr) {
     return -1;
   }
   const float panel_step = step_of(panel->size);
-  int knots = 0;
+  size_t knots = 0;
   int position = 0;
   int drives = 0;
   float sum = 0.0F;
@@ -342,7 +326,7 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
   for (int j = 0; j < panel->size; j++) {
     const float scene = vexo_gamma_inverse(system, panel->d[j]);
     const double code = static_cast<double>(vexo_gamma_evaluate(camera, scene));
-    const int entry = nearest_entry(code * (static_cast<double>(lut->size) - 1.0), lut->size - 1);
+    const int entry = rounded(code * (static_cast<double>(lut->size) - 1.0), 0, lut->size - 1);
     if (entry > position) {
       store_knot();
       position = entry;
@@ -353,7 +337,7 @@ int vexo_gamma_lut_invert_2(vexo_lut *lut, vexo_gamma *camera, vexo_gamma *syste
     drives++;
   }
   store_knot();
-  vexo_interpolate_linear(knots, nx, ny, lut->d);
+  vexo_interpolate_linear(static_cast<int>(knots), nx.get(), ny.get(), lut->d);
   return 0;
 }
 

@@ -1,4 +1,4 @@
-// Additive mixing of xyY colours, inline for the loops of the calibration.
+// Additive mixing of xyY colours.
 #ifndef VEXO_XYY_H
 #define VEXO_XYY_H
 
@@ -6,20 +6,28 @@
 
 namespace vexo_internal {
 
-// Without branches, so that loops over many colours vectorise.
-inline bool valid_xyY(float x, float y, float Y) {
-  return (x >= 0.0F) & (x < 1.0F) & (y >= 0.0F) & (y < 1.0F) & (Y >= 0.0F);
+// A NaN in any component fails.
+inline bool valid_xyY(const vexo_vector &v) {
+  return v.d[0] >= 0.0F && v.d[0] < 1.0F && v.d[1] >= 0.0F && v.d[1] < 1.0F && v.d[2] >= 0.0F;
 }
 
-inline bool valid_xyY(const vexo_vector &v) { return valid_xyY(v.d[0], v.d[1], v.d[2]); }
+// One light of a mixture, with what each of its mixtures needs.
+struct Light {
+  Light() = default;
+  explicit Light(const vexo_vector &v) : xyY(v), weight(v.d[2] / v.d[1]), valid(valid_xyY(v)) {}
+  vexo_vector xyY;
+  float weight; // X + Y + Z: the weight of its chromaticity
+  bool valid;
+};
 
-// X + Y + Z: what a colour weighs in a mixture.
-inline float weight(const vexo_vector &v) { return v.d[2] / v.d[1]; }
-
-// The sum of two valid colours of weights Sa and Sb.
-inline vexo_vector mix_weighted(const vexo_vector &a, float Sa, const vexo_vector &b, float Sb) {
-  const float k = Sb / (Sa + Sb);
-  return vexo_vector{{a.d[0] + (b.d[0] - a.d[0]) * k, a.d[1] + (b.d[1] - a.d[1]) * k, a.d[2] + b.d[2]}};
+// The sum of two lights: the centre of gravity of their chromaticities. Black when either is invalid.
+inline vexo_vector mix(const Light &a, const Light &b) {
+  if (!a.valid || !b.valid) {
+    return vexo_vector{};
+  }
+  const float k = b.weight / (a.weight + b.weight);
+  return vexo_vector{{a.xyY.d[0] + (b.xyY.d[0] - a.xyY.d[0]) * k, a.xyY.d[1] + (b.xyY.d[1] - a.xyY.d[1]) * k,
+                      a.xyY.d[2] + b.xyY.d[2]}};
 }
 
 } // namespace vexo_internal

@@ -1,43 +1,43 @@
-// Codes of normalised values.
+// Integer codes of normalised values. The library rounds to nearest, halves away from zero, limits the result to its
+// range and makes 0 of a NaN. Only the registers of the video converter differ: they round halves upward.
 #ifndef VEXO_BASE_CODES_H
 #define VEXO_BASE_CODES_H
 
-#include <climits>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
-
-#include "numbers.h"
+#include <limits>
 
 namespace vexo_internal {
 
-inline bool valid_depth(int nbits) { return nbits >= 1 && nbits <= 30; }
-
-inline float max_code(int nbits) { return static_cast<float>((1 << nbits) - 1); }
-
-// The code of a value, to nearest, halves away from zero; not limited to the depth, but to int. A NaN is 0.
-inline int code_of(float value, float max_value) {
-  const float scaled = max_value * value;
-  if (scaled >= 0.0F && scaled < 2147483648.0F) {
-    return nearest(scaled);
-  }
-  const float code = std::round(scaled);
-  if (std::isnan(code)) {
+// The nearest integer between lowest and highest.
+template <typename Int>
+Int rounded(double x, Int lowest = std::numeric_limits<Int>::min(), Int highest = std::numeric_limits<Int>::max()) {
+  if (std::isnan(x)) {
     return 0;
   }
-  if (code >= 2147483648.0F) {
-    return INT_MAX;
-  }
-  return code <= -2147483648.0F ? INT_MIN : static_cast<int>(code);
+  return static_cast<Int>(std::clamp(std::round(x), static_cast<double>(lowest), static_cast<double>(highest)));
 }
 
-// The low 16 bits of the code, negative codes as 0.
-inline unsigned short short_code_of(float value, float max_value) {
-  const float code = std::round(value * max_value);
-  if (!(code > 0.0F)) {
-    return 0;
-  }
-  const uint32_t bits = code >= 4294967296.0F ? UINT32_MAX : static_cast<uint32_t>(code);
-  return static_cast<unsigned short>(bits & 0xFFFFU);
+// The same for 0 <= x < 2^31, in a form that vectorises.
+inline int nearest(float x) {
+  const auto whole = static_cast<int>(x);
+  return whole + (x - static_cast<float>(whole) >= 0.5F ? 1 : 0);
+}
+
+inline bool valid_depth(int nbits) { return nbits >= 1 && nbits <= 30; }
+
+// The highest code of 1 to 31 bits.
+inline int largest_code(int nbits) { return static_cast<int>((uint32_t{1} << nbits) - 1); }
+
+inline float max_code(int nbits) { return static_cast<float>(largest_code(nbits)); }
+
+// The code of a value, not limited to its depth.
+inline int quantise(float value, float max_value) { return rounded<int>(static_cast<double>(max_value * value)); }
+
+// The low 16 bits of the code; a negative code is 0.
+inline unsigned short quantise_short(float value, float max_value) {
+  return static_cast<unsigned short>(rounded<uint32_t>(static_cast<double>(max_value * value)) & 0xFFFFU);
 }
 
 } // namespace vexo_internal

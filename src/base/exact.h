@@ -15,9 +15,9 @@
 
 namespace vexo_internal {
 
-// The value at fraction t between neighbouring entries a (lower) and b (upper): t b rounded to single precision,
-// plus a (1 - t) in double, rounded once.
-inline float blend(float a, float b, float t) {
+// The blend of neighbouring entries a (lower) and b (upper) at fraction t: t b rounded to single precision, plus
+// a (1 - t) in double, rounded once.
+inline float lerp(float a, float b, float t) {
   return static_cast<float>(static_cast<double>(t * b) + static_cast<double>(a) * (1.0 - static_cast<double>(t)));
 }
 
@@ -30,7 +30,7 @@ inline float table_at(const float *table, int last, float p) {
     return table[last];
   }
   const int left = static_cast<int>(p);
-  return blend(table[left], table[left + 1], p - static_cast<float>(left));
+  return lerp(table[left], table[left + 1], p - static_cast<float>(left));
 }
 
 } // namespace vexo_internal

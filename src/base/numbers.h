@@ -266,12 +266,6 @@ private:
 
 // ---- Writing
 
-// To nearest, halves away from zero, for 0 <= x < 2^31. The integer part is a float, and so is what lies beyond it.
-inline int nearest(float x) {
-  const auto whole = static_cast<int>(x);
-  return whole + (x - static_cast<float>(whole) >= 0.5F ? 1 : 0);
-}
-
 // Every writer of text below gives the end of what it wrote and may use kNumberRoom characters.
 const size_t kNumberRoom = 64;
 

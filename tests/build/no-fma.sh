@@ -6,6 +6,7 @@ set -eu
 commands=$1/compile_commands.json
 status=0
 for source in "$2"/src/*.cpp "$2"/src/base/*.cpp; do
+  test -e "$source" || continue # no source there
   # One "command" line stands before the "file" line of each entry.
   command=$(grep -B1 "\"file\": \"$source\"" "$commands" | sed -n 's/^ *"command": "\(.*\) -o [^ ]* -c .*",$/\1/p' |
     sed 's/\\"/"/g')

@@ -1,5 +1,5 @@
-// The library's fast calibration and LUT inversion give the bits of their plain forms, on panels and on tables that no
-// panel shows: falling, flat, NaN, infinite, -0, denormal.
+// The library's searches give the bits of their plain forms, on panels and on tables that no panel shows: falling,
+// flat, NaN, infinite, -0, denormal.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -39,7 +39,6 @@ std::vector<uint32_t> value_bits(const float *x, size_t count) {
   return u;
 }
 std::vector<uint32_t> value_bits(const std::vector<float> &x) { return value_bits(x.data(), x.size()); }
-std::vector<uint32_t> value_bits(float x) { return value_bits(&x, 1); }
 std::vector<uint32_t> value_bits(const vexo_vector &v) { return value_bits(v.d, 3); }
 
 class Random {
@@ -87,7 +86,7 @@ vexo_gamma curve(Random *random) {
   return random->below(3) == 0 ? bt709 : random->below(2) == 0 ? power : vexo_gamma{0.0F, 0.0F, 1.0F, 0.0F};
 }
 
-TEST(Fast, InverseOfAnyTable) {
+TEST(Fast, InversionOfAnyTable) {
   Random random(1);
   for (int n = 0; n < 1200; n++) {
     const int size = n % 4 == 0 ? 1024 + random.below(4) : n % 100 == 1 ? 5000 : 1 + random.below(80);
@@ -95,38 +94,19 @@ TEST(Fast, InverseOfAnyTable) {
     if (n % 7 == 0) { // most of it lies above or below what is asked
       std::fill_n(d.begin(), size / 2, random.awkward());
     }
-    vexo_lut lut = {size, d.data()};
-    for (int k = 0; k < 20; k++) {
-      const float y = k < 3   ? random.awkward()
-                      : k < 6 ? d[static_cast<size_t>(random.below(size))]
-                              : random.uniform(0, 1);
-      ASSERT_EQ(value_bits(vexo_lut_inverse(&lut, y)), value_bits(plain::lut_inverse(&lut, y))) << n << ' ' << y;
-    }
+    vexo_lut panel = {size, d.data()};
     vexo_gamma camera = curve(&random);
     vexo_gamma system = curve(&random);
+    if (n % 5 == 0) { // light that falls and rises again as the input rises
+      camera = vexo_gamma{random.uniform(0.5F, 3.0F), random.uniform(0.2F, 0.8F), random.uniform(-1.0F, 1.0F), 0.0F};
+    }
     std::vector<float> out(n % 20 == 0 ? 1024 : 1 + static_cast<size_t>(random.below(60)), -7.0F);
     std::vector<float> expected = out;
     vexo_lut fast_lut = {static_cast<int>(out.size()), out.data()};
     vexo_lut plain_lut = {fast_lut.size, expected.data()};
-    vexo_gamma_lut_invert(&fast_lut, &camera, &system, &lut);
-    plain::gamma_lut_invert(&plain_lut, &camera, &system, &lut);
+    vexo_gamma_lut_invert(&fast_lut, &camera, &system, &panel);
+    plain::gamma_lut_invert(&plain_lut, &camera, &system, &panel);
     ASSERT_EQ(value_bits(out), value_bits(expected)) << n;
-  }
-}
-
-TEST(Fast, LabOfAnyColor) {
-  Random random(5);
-  for (int n = 0; n < 200000; n++) {
-    vexo_vector v;
-    vexo_vector white;
-    for (int m = 0; m < 3; m++) {
-      v.d[m] = n % 9 == 0 ? random.awkward() : random.uniform(0.0F, n % 2 == 0 ? 1.0F : 1e6F);
-      white.d[m] = n % 9 == 1 ? random.awkward() : random.uniform(0.5F, 1.0F);
-    }
-    vexo_vector expected = v;
-    vexo_XYZ_Lab(&v, &white);
-    plain::XYZ_Lab(&expected, &white);
-    ASSERT_EQ(value_bits(v), value_bits(expected)) << n;
   }
 }
 
@@ -145,24 +125,7 @@ void fill_context(Random *random, vexo *context, int n) {
   }
 }
 
-TEST(Fast, LevelOfALuminanceInAnyTable) {
-  Random random(2);
-  vexo context;
-  for (int n = 0; n < 300; n++) {
-    fill_context(&random, &context, n);
-    for (int k = 0; k < 20; k++) {
-      auto &T = context.data[k % 3];
-      const float luma = k < 3 ? random.awkward() : k < 6 ? T[2][random.below(1024)] : random.uniform(0.0F, 1.0F);
-      vexo_vector v = {{7.0F, 7.0F, 7.0F}};
-      vexo_vector expected = v;
-      ASSERT_EQ(value_bits(vexo_data_Y_xyY(&v, T, luma)), value_bits(plain::data_Y_xyY(&expected, T, luma)))
-          << n << ' ' << luma;
-      ASSERT_EQ(value_bits(v), value_bits(expected)) << n << ' ' << luma;
-    }
-  }
-}
-
-TEST(Fast, WhiteAndBalanceOfAnyTables) {
+TEST(Fast, WhiteOfAnyTables) {
   Random random(3);
   vexo context;
   for (int n = 0; n < 60; n++) {
@@ -179,14 +142,6 @@ TEST(Fast, WhiteAndBalanceOfAnyTables) {
     vexo_peak_white_adjust(&gains, &context, &ref);
     plain::peak_white_adjust(&expected, &context, &ref);
     ASSERT_EQ(value_bits(gains), value_bits(expected)) << n;
-    std::vector<float> d[2] = {std::vector<float>(3 * 1024, 0.7F), std::vector<float>(3 * 1024, 0.7F)};
-    vexo_lut lut[2][3];
-    for (int k = 0; k < 6; k++) {
-      lut[k / 3][k % 3] = vexo_lut{1024, &d[k / 3][static_cast<size_t>(k % 3) * 1024]};
-    }
-    vexo_lut_adjust_wb_2(lut[0], &context, &ref);
-    plain::lut_adjust_wb_2(lut[1], &context, &ref);
-    ASSERT_EQ(value_bits(d[0]), value_bits(d[1])) << n;
   }
 }
 
@@ -218,40 +173,38 @@ vexo_lcnr measurements(Random *random, int n) {
   return lcnr;
 }
 
-using Recipe = decltype(&vexo_generate_lut);
-struct Result {
-  Result(Recipe recipe, const vexo_lcnr &lcnr, vexo_gamma camera, vexo_gamma system, vexo_vector white) {
-    context.lcnr = lcnr;
-    status = recipe(out.lut, &context, &camera, &system, &white);
-  }
-  plain::Luts out;
-  vexo context = {};
-  int status;
-};
-
 TEST(Fast, RecipesOnAnyPanel) {
   Random random(4);
+  int made = 0;
   diagnostics([&] { // readings that fall are reported
     for (int n = 0; n < 80; n++) {
       const vexo_lcnr lcnr = measurements(&random, n);
-      const vexo_gamma camera = curve(&random);
-      const vexo_gamma system = curve(&random);
+      vexo_gamma camera = curve(&random);
+      vexo_gamma system = curve(&random);
       const float x = random.uniform(0.27F, 0.36F);
       const float y = random.uniform(0.27F, 0.37F);
-      const vexo_vector white = {{x, y, 1.0F - x - y}};
-      const Recipe recipes[2][2] = {{vexo_generate_lut, plain::generate_lut},
-                                    {vexo_data_alignment, plain::data_alignment}};
-      const auto &recipe = recipes[n / 8 % 3 == 0 ? 1 : 0]; // either for every kind of panel
-      const Result fast(recipe[0], lcnr, camera, system, white);
-      const Result expected(recipe[1], lcnr, camera, system, white);
-      ASSERT_EQ(fast.status, expected.status) << n;
-      ASSERT_EQ(value_bits(fast.context.data[0][0], 9 * 1024), value_bits(expected.context.data[0][0], 9 * 1024)) << n;
-      ASSERT_EQ(value_bits(fast.context.maxY, 3), value_bits(expected.context.maxY, 3)) << n;
+      vexo_vector white = {{x, y, 1.0F - x - y}};
+      const bool direct = n / 8 % 3 != 0; // either for every kind of panel
+      plain::Luts out;
+      plain::Luts expected;
+      vexo context = {lcnr, {}, {}};
+      if ((direct ? vexo_generate_lut : vexo_data_alignment)(out.lut, &context, &camera, &system, &white) != 0) {
+        continue;
+      }
+      made++;
+      if (direct) {
+        plain::generate_lut(expected.lut, &context, &camera, &system, &white);
+      } else {
+        vexo bare = {context.lcnr, {}, {}}; // the direct recipe leaves the tables of the bare panel
+        ASSERT_EQ(vexo_generate_lut(expected.lut, &bare, &camera, &system, &white), 0);
+        plain::data_alignment(expected.lut, &context, &bare, &camera, &system, &white);
+      }
       for (int c = 0; c < 3; c++) {
-        ASSERT_EQ(value_bits(fast.out.lut[c].d, 1024), value_bits(expected.out.lut[c].d, 1024)) << n << ' ' << c;
+        ASSERT_EQ(value_bits(out.lut[c].d, 1024), value_bits(expected.lut[c].d, 1024)) << n << ' ' << c;
       }
     }
   });
+  EXPECT_GE(made, 40);
 }
 
 } // namespace
