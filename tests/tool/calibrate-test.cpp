@@ -144,11 +144,11 @@ TEST_F(Tool, ExplainsUsage) {
       {"calibrate panel.xml --gamma 2.2 --camera srgb", "--gamma stands for both curves"},
       {"calibrate panel.xml --camera bt79", "did you mean bt709?"},
       {"calibrate panel.xml --system 0,0.1,2,0", "slope above 0"},
-      {"calibrate panel.xml --bits 31", "a whole number from 1 to 30"},
-      {"calibrate panel.xml --entries 1", "a whole number from 2 to 65536"},
-      {"calibrate panel.xml --entries 65537", "a whole number from 2 to 65536"},
-      {"calibrate panel.xml --recipe best", "aligned, direct or solve"},
-      {"calibrate panel.xml --condition yes", "--condition 'yes': expected on or off"},
+      {"calibrate panel.xml --bits 31", "--bits: Value 31 not in range 1 to 30"},
+      {"calibrate panel.xml --entries 1", "--entries: Value 1 not in range 2 to 65536"},
+      {"calibrate panel.xml --entries 10.5", "--entries: Value 10.5 not in range"},
+      {"calibrate panel.xml --recipe best", "--recipe: best not in {aligned,direct,solve}"},
+      {"calibrate panel.xml --condition yes", "--condition: yes not in {on,off}"},
   };
   for (const auto &c : cases) {
     const Result r = run(c.arguments);
