@@ -97,7 +97,8 @@ void add_ramps(Report *report) {
   report->after = target.judge(std::move(after));
   if (source.exact != nullptr) {
     std::vector<GrayFigure> exact = predict(*source.model, source.exact->get());
-    report->exact = target_for(exact).judge(std::move(exact));
+    const GrayTarget own_target = target_for(exact);
+    report->exact = own_target.judge(std::move(exact));
   }
   if (!source.verify.empty()) {
     report->measured = target.judge(read_measured(source.verify, black_of(source.model->measurements())));
