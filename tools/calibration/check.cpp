@@ -97,7 +97,7 @@ private:
                                      kChannels[c], strayed));
   }
 
-  // Below black is said already.
+  // Not from black to row 1: that is below black.
   void check_falls(int i, int c) {
     for (int m = 0; m < 3 && i > 1; m++) {
       const auto &column = lcnr_.data[c][m];
@@ -108,7 +108,7 @@ private:
     }
   }
 
-  // Falling is said already.
+  // Rows that fall have a finding of their own.
   void check_rise(int i, int c) {
     const double before = light(lcnr_, c, i - 1);
     const double now = light(lcnr_, c, i);

@@ -13,7 +13,7 @@
 #include "vexo-cs.h"
 #include "vexo-gamma.h"
 
-// Grays are judged from this input up. Below it the noise of a probe outweighs what it reads.
+// Grays are judged from this input up. Below it, much of what a probe reads is noise.
 const double kJudgedFrom = 0.1;
 
 bool is_judged(double input);
@@ -69,12 +69,13 @@ struct Ramp {
   Summary summary;
 };
 
-// The target that ramps are judged against: at each input the target white on the target curve, up to a peak. The target
-// white at the peak is also the reference white of CIEDE2000.
+// The target that ramps are judged against: at each input the target white on the target curve, up to a peak. The
+// target white at the peak is also the reference white of CIEDE2000.
 //
-// The peak is the luminance of white that the LUTs leave: what they give up for the white is no error. The ramps without
-// LUTs and as measured are judged against the same target as the ramp through the LUTs, so that their figures compare.
-// LUTs before rounding leave a white of their own, and a target of its peak.
+// The peak is the luminance of white that the LUTs leave: what they give up for the white is no error. The ramps
+// without LUTs and as measured are judged against the same target as the ramp through the LUTs, so that their figures
+// compare. LUTs before rounding to codes have a slightly different white: they are judged against a target with its
+// luminance.
 class GrayTarget {
 public:
   // The primaries are those of the panel: they give the balance.

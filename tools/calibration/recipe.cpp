@@ -202,7 +202,7 @@ Correction correct(const Panel &panel, const RecipeJob &job) {
 }
 
 std::string obstacle(const Recipe &recipe, const Panel &panel) {
-  RecipeTask task = {panel.lcnr, {kD65, kLinear, power_curve(2.2F, "")}, {}}; // whether it runs depends on no target
+  RecipeTask task = {panel.lcnr, {kD65, kLinear, power_curve(2.2F, "")}, {}}; // any target will do
   if (recipe.run == aligned) {
     vexo_lcnr_normalize(&task.measurements); // the recipe does it too, but with a message
   }

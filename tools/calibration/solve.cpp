@@ -57,10 +57,10 @@ private:
   std::vector<double> light_; // of each table level
 };
 
-// The panel by the light of its channels.
-class Panel {
+// What the panel shows, by the light of its channels.
+class PanelByLight {
 public:
-  explicit Panel(const PanelModel &model)
+  explicit PanelByLight(const PanelModel &model)
       : model_(model), channels_{ChannelDrives(model, 0), ChannelDrives(model, 1), ChannelDrives(model, 2)} {}
 
   double first(size_t c) const { return channels_[c].first(); }
@@ -112,7 +112,7 @@ private:
 };
 
 // The XYZ that lights are short of a target.
-Triple shortage(const Panel &panel, const Triple &s, const Triple &target) {
+Triple shortage(const PanelByLight &panel, const Triple &s, const Triple &target) {
   const Triple XYZ = panel.XYZ(s);
   return {target[0] - XYZ[0], target[1] - XYZ[1], target[2] - XYZ[2]};
 }
@@ -127,7 +127,7 @@ double error(const Triple &missing, const Triple &target) {
 }
 
 // One step from s towards the target, halved until it helps. False when it does not.
-bool step(const Panel &panel, Triple &s, const Columns &slopes, const Triple &target) {
+bool step(const PanelByLight &panel, Triple &s, const Columns &slopes, const Triple &target) {
   const auto &[a, b, c] = slopes;
   const Triple r = shortage(panel, s, target);
   const double d = determinant(a, b, c);
@@ -144,7 +144,7 @@ bool step(const Panel &panel, Triple &s, const Columns &slopes, const Triple &ta
 
 // The lights whose mixture is the target, as near as steps from s come. They may lie beyond what there is. A step is
 // Newton's. Where the colour bends so sharply that it does not help, the chords give the step.
-Triple balance(const Panel &panel, Triple s, const Triple &target) {
+Triple balance(const PanelByLight &panel, Triple s, const Triple &target) {
   for (int i = 0; i < kMostSteps && error(shortage(panel, s, target), target) > kSolved; i++) {
     if (!step(panel, s, panel.slopes(s), target) && !step(panel, s, panel.chords(s), target)) {
       break;
@@ -173,7 +173,7 @@ bool within(const Triple &s, const Bounds &bounds) {
 using Held = std::array<bool, 3>;
 
 // The lights with those that are not held multiplied by the factor at which the luminance is Y, by bisection.
-Triple scaled_to_luminance(const Panel &panel, const Triple &s, const Held &held, double Y) {
+Triple scaled_to_luminance(const PanelByLight &panel, const Triple &s, const Held &held, double Y) {
   const auto scaled = [&](double factor) {
     Triple t = s;
     for (size_t c = 0; c < 3; c++) {
@@ -192,7 +192,7 @@ Triple scaled_to_luminance(const Panel &panel, const Triple &s, const Held &held
 
 // Lights within bounds, at the luminance Y if they can give it. A light out of bounds is held there, the others change
 // in proportion.
-Triple keep_luminance(const Panel &panel, Triple s, const Bounds &bounds, double Y) {
+Triple keep_luminance(const PanelByLight &panel, Triple s, const Bounds &bounds, double Y) {
   Held held = {};
   for (int pass = 0; pass < 3; pass++) {
     for (size_t c = 0; c < 3; c++) {
@@ -214,7 +214,7 @@ struct Peak {
 
 // The brightest that the panel shows the white, given as XYZ of luminance 1. Lights grow nearly in proportion to the
 // luminance, so a few divisions by the largest demand find where it is just met.
-Peak solve_peak(const Panel &panel, const Triple &white) {
+Peak solve_peak(const PanelByLight &panel, const Triple &white) {
   Peak peak = {{panel.full(0), panel.full(1), panel.full(2)}, 0.0};
   peak.luminance = panel.XYZ(peak.lights)[1];
   for (int i = 0; i < kMostSteps; i++) {
@@ -239,9 +239,7 @@ double share(const Target &target, double input) {
 }
 
 // The drive of the lowest measured row above black.
-double lowest_row(const vexo_lcnr &lcnr) {
-  return static_cast<double>(lcnr.sample[1]) / static_cast<double>(lcnr.sample[lcnr.num - 1]);
-}
+double lowest_row(const vexo_lcnr &lcnr) { return double{lcnr.sample[1]} / lcnr.sample[lcnr.num - 1]; }
 
 // The levels of three LUTs, solved one by one from the top down.
 class Levels {
@@ -278,7 +276,7 @@ public:
 
 private:
   vexo_lut *lut_;
-  Panel panel_;
+  PanelByLight panel_;
   double first_row_;
   Triple white_; // X, Y, Z at luminance 1
   Peak peak_;
