@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "bits.h"
+#include "calibration/target.h"
 #include "file/csv.h"
 #include "text/grammar.h"
 #include "text/text.h"

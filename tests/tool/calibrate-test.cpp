@@ -2,11 +2,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tool/tool.h"
+#include "vexo.h"
 
 namespace {
 
@@ -28,7 +30,71 @@ double number_after(const std::string &text, const std::string &label, int skip)
   return value;
 }
 
+struct Gray {
+  double x;
+  double y;
+  double Y;
+};
+
+// The table that vexo gray prints.
+std::vector<Gray> grays(const std::string &text) {
+  std::vector<Gray> rows;
+  std::istringstream in(text.substr(text.find("gamma\n") + 6));
+  std::string rest;
+  std::string percent;
+  for (Gray g = {}; in >> rest >> percent >> g.x >> g.y >> g.Y; std::getline(in, rest)) {
+    rows.push_back(g);
+  }
+  return rows;
+}
+
+// X, Y, Z above black of a row of each channel times a factor, summed.
+std::array<double, 3> mixture(const vexo_lcnr &lcnr, int row, const std::array<double, 3> &factors) {
+  std::array<double, 3> sum = {};
+  for (size_t c = 0; c < 3; c++) {
+    for (size_t m = 0; m < 3; m++) {
+      sum[m] += factors[c] * (static_cast<double>(lcnr.data[c][m][row]) - static_cast<double>(lcnr.data[c][m][0]));
+    }
+  }
+  return sum;
+}
+
+void expect_gray(const Gray &shown, const std::array<double, 3> &XYZ, const std::string &where) {
+  const double sum = XYZ[0] + XYZ[1] + XYZ[2];
+  EXPECT_NEAR(shown.x, XYZ[0] / sum, 1e-5) << where;
+  EXPECT_NEAR(shown.y, XYZ[1] / sum, 1e-5) << where;
+  EXPECT_NEAR(shown.Y / XYZ[1], 1.0, 1e-4) << where;
+}
+
 } // namespace
+
+TEST_F(Tool, PredictsTheSumOfTheChannelsOnLinesBetweenRows) {
+  vexo_lcnr lcnr = {};
+  ASSERT_EQ(vexo_load_lcnr_xml(&lcnr, path("panel.xml").c_str()), 0);
+  const std::vector<Gray> levels = grays(run("gray panel.xml --steps 1024").out);
+  ASSERT_EQ(levels.size(), 1024U);
+  ASSERT_EQ(lcnr.sample[1], 32.0F);
+  for (int row = 1; row < lcnr.num; row++) {
+    const auto level = static_cast<size_t>(lcnr.sample[row]);
+    const std::array<double, 3> here = mixture(lcnr, row, {1.0, 1.0, 1.0});
+    const std::array<double, 3> below = mixture(lcnr, row - 1, {1.0, 1.0, 1.0});
+    const double t =
+        (static_cast<double>(level) - 8.0 - lcnr.sample[row - 1]) / (lcnr.sample[row] - lcnr.sample[row - 1]);
+    expect_gray(levels[level], here, "level " + std::to_string(level));
+    expect_gray(
+        levels[level - 8],
+        {below[0] + t * (here[0] - below[0]), below[1] + t * (here[1] - below[1]), below[2] + t * (here[2] - below[2])},
+        "level " + std::to_string(level - 8));
+  }
+
+  // Drives below the first table level, one of them 0.
+  save(path("dark.txt"), "LUT_1D_SIZE 2\nLUT_1D_BITS 16\n0 0 0\n64 0 16\n");
+  const std::vector<Gray> dark = grays(run("gray panel.xml dark.txt --steps 3").out);
+  ASSERT_EQ(dark.size(), 3U);
+  const double part = 1023.0 / 65535.0 / 32.0;
+  expect_gray(dark[1], mixture(lcnr, 1, {32.0 * part, 0.0, 8.0 * part}), "half");
+  expect_gray(dark[2], mixture(lcnr, 1, {64.0 * part, 0.0, 16.0 * part}), "full");
+}
 
 TEST_F(Tool, CalibratesTheSamplePanel) {
   for (const char *options : {"", "--recipe direct", "--recipe solve", "--white 0.2990,0.3149 --gamma 2.4",
@@ -144,11 +210,11 @@ TEST_F(Tool, ExplainsUsage) {
       {"calibrate panel.xml --gamma 2.2 --camera srgb", "--gamma stands for both curves"},
       {"calibrate panel.xml --camera bt79", "did you mean bt709?"},
       {"calibrate panel.xml --system 0,0.1,2,0", "slope above 0"},
-      {"calibrate panel.xml --bits 31", "a whole number from 1 to 30"},
-      {"calibrate panel.xml --entries 1", "a whole number from 2 to 65536"},
-      {"calibrate panel.xml --entries 65537", "a whole number from 2 to 65536"},
-      {"calibrate panel.xml --recipe best", "aligned, direct or solve"},
-      {"calibrate panel.xml --condition yes", "--condition 'yes': expected on or off"},
+      {"calibrate panel.xml --bits 31", "--bits: Value 31 not in range 1 to 30"},
+      {"calibrate panel.xml --entries 1", "--entries: Value 1 not in range 2 to 65536"},
+      {"calibrate panel.xml --entries 10.5", "--entries: Value 10.5 not in range"},
+      {"calibrate panel.xml --recipe best", "--recipe: best not in {aligned,direct,solve}"},
+      {"calibrate panel.xml --condition yes", "--condition: yes not in {on,off}"},
   };
   for (const auto &c : cases) {
     const Result r = run(c.arguments);
@@ -171,6 +237,8 @@ TEST_F(Tool, KeepsTheOldFileWhenWritingFails) {
   EXPECT_EQ(contents(path("luts.txt")), "old");
   mkdir(path("folder").c_str(), 0777);
   EXPECT_EQ(run("calibrate panel.xml -o folder").code, 4);
+  EXPECT_EQ(run("calibrate panel.xml -o luts.txt --limits luts.txt").code, 3); // no JSON
+  EXPECT_EQ(contents(path("luts.txt")), "old");
   EXPECT_EQ(run("calibrate panel.xml -o none/luts.txt").code, 4);
   EXPECT_EQ(run("calibrate panel.xml -o /proc/luts.txt").code, 4); // a folder where nobody can create files
   EXPECT_EQ(files(), 5);                                           // panel.xml luts.txt folder out err

@@ -228,7 +228,7 @@ TEST_F(ColourTool, ExplainsUsage) {
       {"dci 1,1,1 --from xyz --to XYZk", 2, "did you mean XYZq?"},
       {"dci 1,1,1 --from xyz --to rgb --bits 32", 2, "--bits '32': expected a whole number from 1 to 31"},
       {"gray panel.xml --step 3", 2, "did you mean --steps?"},
-      {"gray panel.xml --steps 1", 2, "a whole number from 2 to 1024"},
+      {"gray panel.xml --steps 1", 2, "--steps: Value 1 not in range 2 to 1024"},
       {"gray panel.xml bad.txt", 3, "bad.txt: the file ends after 1 lines of data, expected 4"},
       {"gray bad.txt", 3, "bad.txt:1: not XML"},
   };

@@ -171,6 +171,82 @@ TEST_F(Report, PageSaysWhatTheJsonSays) {
   EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 22);
 }
 
+TEST_F(Report, SaysTheSameEverywhere) {
+  save(path("limits.json"), R"({"de2000_mean": 9})");
+  const Result r = run("calibrate panel.xml -o luts.txt --json report.json --csv report.csv --limits limits.json");
+  ASSERT_EQ(r.code, 0) << r.err;
+  const json report = json::parse(contents(path("report.json")));
+  const json &before = report["summary"]["before"];
+  const json &after = report["summary"]["after"];
+  const struct {
+    const char *label;
+    const char *key;
+    double unit;
+  } rows[] = {{"distance to target white", "duv", 1.0},
+              {"distance to target curve", "curve", 100.0},
+              {"colour difference", "de2000", 1.0},
+              {"  below that, near black", "near_black", 1.0}};
+  char text[160];
+  for (const auto &row : rows) {
+    const auto value = [&](const json &summary, const char *which) {
+      return row.unit * summary[std::string(row.key) + which].get<double>();
+    };
+    std::snprintf(text, sizeof text, "  %-26s %9.4f %9.4f    %9.4f %9.4f ", row.label, value(before, "_mean"),
+                  value(before, "_worst"), value(after, "_mean"), value(after, "_worst"));
+    EXPECT_TRUE(has(r.out, text)) << text << r.out;
+  }
+  std::snprintf(text, sizeof text, "pass de2000_mean: %.4f, ", after["de2000_mean"].get<double>());
+  EXPECT_TRUE(has(r.err, text)) << r.err;
+  EXPECT_EQ(report["figures"]["de2000_mean"], after["de2000_mean"]);
+
+  const std::string gray = run("gray panel.xml luts.txt --steps 101").out;
+  const std::string csv = contents(path("report.csv"));
+  ASSERT_EQ(report["steps"]["after"].size(), 101U);
+  for (size_t i = 1; i <= 100; i++) {
+    const json &step = report["steps"]["after"][i];
+    const auto xyY = [&](size_t m) { return static_cast<double>(step["xyY"][m].get<float>()); };
+    std::snprintf(text, sizeof text, "\n%6zu.00 %%   %8.5f   %8.5f   %10.5g   %6d ", i, xyY(0), xyY(1), xyY(2),
+                  step["CCT"].get<int>());
+    std::string row = text;
+    row.erase(1, 3); // of the blanks
+    EXPECT_TRUE(has(gray, row)) << row;
+    if (i % 5 == 0) {
+      std::snprintf(text, sizeof text, ",%.6g,%.6f,%.6f,%d,%.4f\n", xyY(2), xyY(0), xyY(1), step["CCT"].get<int>(),
+                    step["de2000"].get<double>());
+      EXPECT_TRUE(has(csv, text)) << text;
+    }
+  }
+}
+
+TEST_F(Report, AGrayWithoutLightIsAnError) {
+  save(path("luts.txt"), "LUT_1D_SIZE 3\nLUT_1D_BITS 10\n0 0 0\n0 0 0\n1023 1023 1023\n");
+  const json report = figures("");
+  const json &dark = report["steps"]["after"][49];
+  EXPECT_EQ(dark["XYZ"], json::array({0.0, 0.0, 0.0}));
+  EXPECT_TRUE(dark["CCT"].is_null() && dark["duv"].is_null() && dark["gamma"].is_null());
+  EXPECT_GT(dark["de2000"].get<double>(), 20.0);
+  EXPECT_EQ(dark["curve"], 1.0);
+  double sum = 0.0;
+  for (size_t i = 10; i <= 100; i++) {
+    sum += report["steps"]["after"][i]["de2000"].get<double>();
+  }
+  EXPECT_NEAR(report["summary"]["after"]["de2000_mean"].get<double>(), sum / 91.0, 1e-9);
+}
+
+TEST_F(Report, BlackIsTheMeanOfItsReadings) {
+  vexo_lcnr lcnr = {};
+  ASSERT_EQ(vexo_load_lcnr_xml(&lcnr, path("true.xml").c_str()), 0);
+  lcnr.data[0][1][0] = 0.25F;
+  lcnr.data[1][1][0] = 0.375F;
+  lcnr.data[2][1][0] = 0.125F;
+  vexo_store_lcnr_xml(&lcnr, path("true.xml").c_str());
+  const json report = figures("");
+  const json measured = json::parse(run("measure true.xml --json").out);
+  EXPECT_EQ(report["black"], 0.25);
+  EXPECT_EQ(measured["black"][1], 0.25);
+  EXPECT_NEAR(report["figures"]["contrast"], (report["figures"]["luminance"].get<double>() + 0.25) / 0.25, 1e-6);
+}
+
 TEST_F(Report, AMeasuredRampIsTheVerdict) {
   std::string csv = "level,X,Y,Z\n";
   for (int i = 0; i <= 10; i++) { // the true panel without any LUT, black included

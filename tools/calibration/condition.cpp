@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "text/text.h"
@@ -16,7 +15,7 @@ const double kCredible = 10.0;   // times the resolution
 const double kClipped = 5e-3;    // of full light: what readings of a clipped panel may still rise
 const double kNoiseMargin = 2.0; // times the deepest reading below black
 
-double value(const vexo_lcnr &lcnr, int c, int m, int row) { return static_cast<double>(lcnr.data[c][m][row]); }
+double value(const vexo_lcnr &lcnr, int c, int m, int row) { return lcnr.data[c][m][row]; }
 
 double above_black(const vexo_lcnr &lcnr, int c, int m, int row) {
   return value(lcnr, c, m, row) - value(lcnr, c, m, 0);
@@ -31,9 +30,10 @@ int strongest(const vexo_lcnr &lcnr, int c, int row) {
   return best;
 }
 
-// What a row has to exceed black by for each level of the tables that lead up to it to do so in single precision.
+// The least by which a row has to exceed black. Every table level that leads up to it then exceeds black, too, in
+// single precision.
 double resolution(const vexo_lcnr &lcnr, int c, int m, int row) {
-  const double drive = static_cast<double>(lcnr.sample[row]) / static_cast<double>(lcnr.sample[lcnr.num - 1]);
+  const double drive = double{lcnr.sample[row]} / lcnr.sample[lcnr.num - 1];
   return kResolution * drive * std::fabs(value(lcnr, c, m, 0));
 }
 
@@ -71,7 +71,7 @@ std::string reason_to_leave_out(const vexo_lcnr &lcnr, const std::array<double, 
 
 class Conditioner {
 public:
-  explicit Conditioner(const Panel &panel) : panel_(panel) {}
+  explicit Conditioner(const Panel &panel) : panel_(panel) { result_.panel.path = panel.path; }
 
   Conditioned run() {
     leave_out();
@@ -83,7 +83,7 @@ public:
 private:
   void leave_out() {
     const vexo_lcnr &from = panel_.lcnr;
-    vexo_lcnr &to = result_.lcnr;
+    vexo_lcnr &to = result_.panel.lcnr;
     const std::array<double, 3> noise = noise_floor(from);
     for (int row = 0; row < from.num; row++) {
       const bool stays = row == 0 || row == from.num - 1;
@@ -98,22 +98,21 @@ private:
       }
       to.num++;
       rows_.push_back(row);
-      result_.lines.push_back(panel_.lines[static_cast<size_t>(row)]);
+      result_.panel.lines.push_back(panel_.lines[static_cast<size_t>(row)]);
     }
   }
 
   void raise() {
-    vexo_lcnr &lcnr = result_.lcnr;
+    vexo_lcnr &lcnr = result_.panel.lcnr;
     for (int row = 1; row < lcnr.num; row++) {
       for (int n = 0; n < 9; n++) {
         float &v = lcnr.data[n / 3][n % 3][row];
         const float black = lcnr.data[n / 3][n % 3][0];
         const double most = above_black(lcnr, n / 3, strongest(lcnr, n / 3, row), row);
-        const double least = static_cast<double>(black) + std::max(kShare * most, resolution(lcnr, n / 3, n % 3, row));
-        if (static_cast<double>(v) < least) {
+        const double least = black + std::max(kShare * most, resolution(lcnr, n / 3, n % 3, row));
+        if (v < least) {
           const float raised = std::max(static_cast<float>(least), std::nextafterf(black, INFINITY));
-          note(row, n, "raised", static_cast<double>(v), static_cast<double>(raised),
-               format("black has %.7g", static_cast<double>(black)));
+          note(row, n, "raised", v, raised, format("black has %.7g", black));
           v = raised;
         }
       }
@@ -121,12 +120,12 @@ private:
   }
 
   void lower() {
-    const vexo_lcnr before = result_.lcnr;
-    vexo_lcnr_normalize(&result_.lcnr);
+    const vexo_lcnr before = result_.panel.lcnr;
+    vexo_lcnr_normalize(&result_.panel.lcnr);
     for (int row = 0; row < before.num; row++) {
       for (int n = 0; n < 9; n++) {
         const double from = value(before, n / 3, n % 3, row);
-        const double to = value(result_.lcnr, n / 3, n % 3, row);
+        const double to = value(result_.panel.lcnr, n / 3, n % 3, row);
         if (to < from) {
           note(row, n, "lowered", from, to, "a row above it has no more");
         }
@@ -148,16 +147,6 @@ private:
 } // namespace
 
 Conditioned condition(const Panel &panel) { return Conditioner(panel).run(); }
-
-std::vector<std::string> condition_aloud(Panel *panel) {
-  const Conditioned conditioned = condition(*panel);
-  for (const std::string &note : conditioned.notes) {
-    std::fprintf(stderr, "vexo: %s\n", note.c_str());
-  }
-  panel->lcnr = conditioned.lcnr;
-  panel->lines = conditioned.lines;
-  return conditioned.notes;
-}
 
 int clip_row(const vexo_lcnr &lcnr) {
   const auto light = [&](int c, int row) {

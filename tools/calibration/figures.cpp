@@ -7,10 +7,11 @@
 #include <numeric>
 
 #include "text/failure.h"
-#include "vexo-cs.h"
+#include "text/text.h"
 
 namespace {
 
+const int kRampSize = 101;
 const double kNone = std::numeric_limits<double>::quiet_NaN();
 
 vexo_vector scaled_to(vexo_vector XYZ, float Y) {
@@ -18,99 +19,169 @@ vexo_vector scaled_to(vexo_vector XYZ, float Y) {
   return XYZ;
 }
 
+double de2000(vexo_vector XYZ, vexo_vector target, vexo_vector white) { return vexo_XYZ_DE2000(&XYZ, &target, &white); }
+
+Triple drives_at(const vexo_lut *luts, double input) {
+  if (luts == nullptr) {
+    return {input, input, input};
+  }
+  const auto drive = [&](int c) {
+    return double{vexo_lut_evaluate(&luts[c], static_cast<float>(input * (luts[c].size - 1)))};
+  };
+  return {drive(0), drive(1), drive(2)};
+}
+
 double mean(const std::vector<double> &values) {
   return values.empty() ? kNone
                         : std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
-}
-
-// One figure of the steps from an input up, those that have it.
-std::vector<double> collect(const std::vector<GrayFigure> &ramp, double from, double GrayFigure::*figure) {
-  std::vector<double> values;
-  for (const GrayFigure &step : ramp) {
-    if (step.input >= from - 1e-6 && std::isfinite(step.*figure)) {
-      values.push_back(step.*figure);
-    }
-  }
-  return values;
 }
 
 double worst(const std::vector<double> &values) {
   return values.empty() ? kNone : *std::max_element(values.begin(), values.end());
 }
 
+Spread spread(const std::vector<double> &values) { return {mean(values), worst(values)}; }
+
+double mean_of_worst_tenth(std::vector<double> values) {
+  std::sort(values.begin(), values.end(), std::greater<double>());
+  values.resize((values.size() + 9) / 10);
+  return mean(values);
+}
+
+// One figure of those grays that have it and are judged, or are not.
+std::vector<double> collect(const std::vector<GrayFigure> &grays, double GrayFigure::*figure, bool judged = true) {
+  std::vector<double> values;
+  for (const GrayFigure &gray : grays) {
+    if (is_judged(gray.input) == judged && std::isfinite(gray.*figure)) {
+      values.push_back(gray.*figure);
+    }
+  }
+  return values;
+}
+
+Summary summarise(const std::vector<GrayFigure> &grays) {
+  Summary s;
+  const std::vector<double> de = collect(grays, &GrayFigure::de2000);
+  s.de2000 = spread(de);
+  s.de2000_worst_tenth = mean_of_worst_tenth(de);
+  s.near_black = spread(collect(grays, &GrayFigure::de2000, false));
+  s.chroma = spread(collect(grays, &GrayFigure::de2000_chroma));
+  s.duv = spread(collect(grays, &GrayFigure::duv));
+  s.curve = spread(collect(grays, &GrayFigure::curve));
+  const std::vector<double> gamma = collect(grays, &GrayFigure::gamma);
+  s.gamma_mean = mean(gamma);
+  s.gamma_spread = gamma.empty() ? kNone : worst(gamma) - *std::min_element(gamma.begin(), gamma.end());
+  s.white = grays.back().xyY;
+  s.white_cct = grays.back().cct;
+  return s;
+}
+
 } // namespace
 
-GrayTarget::GrayTarget(const Target &target, const vexo_cs &primaries, float peak) : target_(target) {
-  white_ = vexo_vector{{target.white.xyz.d[0], target.white.xyz.d[1], peak}};
-  vexo_xyY_XYZ(&white_);
+bool is_judged(double input) { return input >= kJudgedFrom - 1e-6; } // levels of files are single precision
+
+std::string judged_from() { return format("%g %%", kJudgedFrom * 100.0); }
+
+GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance) {
+  GrayFigure f = {input, {}, {}, {}, -1, 0.0, kNone, {kNone, kNone, kNone}, kNone, kNone, kNone, kNone};
+  if (!(XYZ[1] > 0.0)) {
+    return f;
+  }
+  // Light is not negative: what is below 0 is rounding or the noise of a probe.
+  f.XYZ = single({std::max(XYZ[0], 0.0), XYZ[1], std::max(XYZ[2], 0.0)});
+  f.xyY = f.uvY = f.XYZ;
+  vexo_XYZ_xyY(&f.xyY);
+  vexo_XYZ_uvY(&f.uvY);
+  f.cct = vexo_XYZ_CCT(&f.XYZ);
+  f.light = XYZ[1] / white_luminance;
+  f.gamma = f.light > 0.0 && input > 0.0 && input < 1.0 ? std::log(f.light) / std::log(input) : kNone;
+  return f;
+}
+
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, int count) {
+  const double white = model.XYZ(drives_at(luts, 1.0))[1];
+  std::vector<GrayFigure> grays;
+  for (int i = 0; i < count; i++) {
+    const double input = static_cast<double>(i) / (count - 1);
+    grays.push_back(gray_figure(input, model.XYZ(drives_at(luts, input)), white));
+  }
+  return grays;
+}
+
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts) {
+  return predict(model, luts, kRampSize);
+}
+
+GrayTarget::GrayTarget(const Target &target, const vexo_cs &primaries, double peak)
+    : target_(target), white_(white_XYZ(target.white, peak)) {
   vexo_cs cs = primaries;
   vexo_cs_set_w(&cs, target.white.xyz.d[0], target.white.xyz.d[1]);
-  if (vexo_cs_matrix(&cs, &cs.npm) != 0 || vexo_matrix_invert(&balance_, &cs.npm) != 0) {
+  if (vexo_cs_matrix(&cs, &cs.npm) != 0 || vexo_matrix_invert(&to_balance_, &cs.npm) != 0) {
     throw Failure(kInputError, "the panel's primaries span no triangle");
   }
 }
 
-vexo_vector GrayTarget::XYZ(double input) const {
-  vexo_vector XYZ = white_;
-  vexo_vector_scale(&XYZ, light(input));
-  return XYZ;
+Triple GrayTarget::XYZ(double input) const {
+  const double light = target_light(target_, input);
+  return {white_[0] * light, white_[1] * light, white_[2] * light};
 }
 
-float GrayTarget::light(double input) const { return target_light(target_, static_cast<float>(input)); }
-
-int GrayTarget::cct() const {
-  vexo_vector white = white_;
-  return vexo_XYZ_CCT(&white);
-}
-
-GrayFigure GrayTarget::figure(double input, const vexo_vector &xyY, float white) const {
-  GrayFigure f = {input, xyY, xyY, xyY, -1, kNone, {kNone, kNone, kNone}, kNone, kNone, kNone};
-  if (vexo_xyY_XYZ(&f.XYZ) != 0 || !(f.XYZ.d[1] > 0.0F)) {
-    vexo_vector_init(&f.XYZ);
-    vexo_vector_init(&f.uvY);
-    return f;
+void GrayTarget::judge(GrayFigure *gray) const {
+  const vexo_vector white = single(white_);
+  const vexo_vector target = single(XYZ(gray->input));
+  const bool shown = gray->XYZ.d[1] > 0.0F;
+  const bool wanted = target.d[1] > 0.0F;
+  if (wanted) {
+    gray->curve = std::fabs(gray->light / target_light(target_, gray->input) - 1.0);
   }
-  vexo_xyY_uvY(&f.uvY);
-  f.cct = vexo_XYZ_CCT(&f.XYZ);
-  f.gamma = effective_gamma(static_cast<double>(xyY.d[2]) / static_cast<double>(white), input);
-
-  vexo_vector reference = white_;
-  vexo_XYZ_uvY(&reference);
-  f.duv =
-      std::hypot(static_cast<double>(f.uvY.d[0] - reference.d[0]), static_cast<double>(f.uvY.d[1] - reference.d[1]));
-
-  vexo_matrix to_balance = balance_;
-  vexo_vector shares = scaled_to(f.XYZ, 100.0F);
-  vexo_matrix_transform(&to_balance, &shares);
-  std::copy_n(shares.d, 3, f.balance);
-
-  vexo_vector target = XYZ(input);
-  vexo_vector reference_white = white_;
-  f.de2000 = static_cast<double>(vexo_XYZ_DE2000(&f.XYZ, &target, &reference_white));
-  vexo_vector same_luminance = scaled_to(f.XYZ, target.d[1]);
-  f.de2000_chroma = static_cast<double>(vexo_XYZ_DE2000(&same_luminance, &target, &reference_white));
-  return f;
+  if (shown || wanted) {
+    gray->de2000 = de2000(gray->XYZ, target, white);
+  }
+  if (shown && wanted) {
+    gray->de2000_chroma = de2000(scaled_to(gray->XYZ, target.d[1]), target, white);
+  }
+  if (shown) {
+    gray->duv = uv_distance(gray->xyY, target_.white.xyz);
+    vexo_vector balance = scaled_to(gray->XYZ, 100.0F);
+    vexo_matrix to_balance = to_balance_;
+    vexo_matrix_transform(&to_balance, &balance);
+    std::copy_n(balance.d, 3, gray->balance);
+  }
 }
 
-Summary summarise(const std::vector<GrayFigure> &ramp, double from) {
-  Summary s;
-  std::vector<double> de = collect(ramp, from, &GrayFigure::de2000);
-  s.de2000_mean = mean(de);
-  s.de2000_worst = worst(de);
-  std::sort(de.begin(), de.end(), std::greater<double>());
-  de.resize((de.size() + 9) / 10);
-  s.de2000_worst_tenth = mean(de);
-  const std::vector<double> chroma = collect(ramp, from, &GrayFigure::de2000_chroma);
-  s.chroma_mean = mean(chroma);
-  s.chroma_worst = worst(chroma);
-  s.duv_worst = worst(collect(ramp, from, &GrayFigure::duv));
-  const std::vector<double> gamma = collect(ramp, from, &GrayFigure::gamma);
-  s.gamma_mean = mean(gamma);
-  s.gamma_spread = gamma.empty() ? kNone : worst(gamma) - *std::min_element(gamma.begin(), gamma.end());
-  const GrayFigure &white = ramp.back();
-  s.white_x = static_cast<double>(white.xyY.d[0]);
-  s.white_y = static_cast<double>(white.xyY.d[1]);
-  s.white_Y = static_cast<double>(white.xyY.d[2]);
-  s.white_cct = white.cct;
-  return s;
+Ramp GrayTarget::judge(std::vector<GrayFigure> grays) const {
+  for (GrayFigure &gray : grays) {
+    judge(&gray);
+  }
+  const Summary summary = summarise(grays);
+  return {std::move(grays), summary};
+}
+
+Ramp GrayTarget::ideal() const {
+  std::vector<GrayFigure> grays;
+  for (int i = 0; i < kRampSize; i++) {
+    const double input = static_cast<double>(i) / (kRampSize - 1);
+    grays.push_back(gray_figure(input, XYZ(input), white_[1]));
+  }
+  return judge(std::move(grays));
+}
+
+vexo_cs primaries_of(const PanelModel &model) {
+  const vexo_vector r = single(model.XYZ({1.0, 0.0, 0.0}));
+  const vexo_vector g = single(model.XYZ({0.0, 1.0, 0.0}));
+  const vexo_vector b = single(model.XYZ({0.0, 0.0, 1.0}));
+  const vexo_vector w = single(model.XYZ({1.0, 1.0, 1.0}));
+  const vexo_vector black = {};
+  vexo_cs cs;
+  if (vexo_cs_init_XYZ(&cs, r.d, g.d, b.d, w.d, black.d) != 0) {
+    throw Failure(kInputError, "the panel's primaries span no triangle");
+  }
+  return cs;
+}
+
+double uv_distance(vexo_vector a, vexo_vector b) {
+  if (!(a.d[1] > 0.0F && b.d[1] > 0.0F) || vexo_xyY_uvY(&a) != 0 || vexo_xyY_uvY(&b) != 0) {
+    return kNone;
+  }
+  return std::hypot(double{a.d[0]} - b.d[0], double{a.d[1]} - b.d[1]);
 }

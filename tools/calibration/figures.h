@@ -1,62 +1,104 @@
-// The figures of a gray ramp against its target, all from the library's operations: the summary, the charts and the
-// tables of a report read nothing else.
+// The figures of a gray ramp. Console, reports and limits print these and compute none of their own.
+//
+// A ramp has one gray for each percent of input, and a summary of the grays that are judged. Colours are those above
+// black, in the library's single precision; the panel model predicts them in double.
 #ifndef VEXO_TOOLS_FIGURES_H
 #define VEXO_TOOLS_FIGURES_H
 
+#include <string>
 #include <vector>
 
-#include "calibration/gray-ramp.h"
+#include "calibration/panel-model.h"
+#include "calibration/target.h"
+#include "vexo-cs.h"
+#include "vexo-gamma.h"
 
-// One gray, above black. A figure that the colour does not have is NaN.
+// Grays are judged from this input up. Below it, much of what a probe reads is noise.
+const double kJudgedFrom = 0.1;
+
+bool is_judged(double input);
+std::string judged_from(); // "10 %"
+
+// One gray. A figure that it does not have is NaN.
 struct GrayFigure {
-  double input; // 0..1
-  vexo_vector XYZ;
+  double input;    // 0..1
+  vexo_vector XYZ; // black where it shows no light
   vexo_vector xyY;
   vexo_vector uvY;
-  int cct;              // -1: none
-  double gamma;         // effective: ln(Y / white) / ln(input)
+  int cct;      // kelvin; -1: none
+  double light; // as a part of the ramp's own white
+  double gamma; // effective: ln(light) / ln(input)
+  // Against a target, once it has judged the gray:
   double balance[3];    // red, green, blue in percent of the target white's at the same luminance
-  double de2000;        // CIEDE2000 to the target
-  double de2000_chroma; // the same with the luminance set to the target's
+  double curve;         // distance of light to the target curve, as a part of the target's light
   double duv;           // distance to the target white in u'v'
+  double de2000;        // CIEDE2000
+  double de2000_chroma; // CIEDE2000 with the luminance set to the target's
 };
 
-// What a ramp should be at each input: the target white on the target curve up to a peak.
+// The gray of a light above black, in a ramp whose white has a luminance.
+GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance);
+
+// The grays of a panel at `count` inputs from 0 to 1, through LUTs or, where luts is null, without.
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, int count);
+
+// The same at each percent of input.
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts);
+
+struct Spread {
+  double mean;
+  double worst;
+};
+
+// Over the grays that are judged and have the figure.
+struct Summary {
+  Spread de2000;
+  double de2000_worst_tenth; // mean over the worst tenth of the grays
+  Spread near_black;         // CIEDE2000 of the grays that are not judged
+  Spread chroma;             // CIEDE2000 without luminance
+  Spread duv;
+  Spread curve;
+  double gamma_mean;
+  double gamma_spread; // largest less smallest
+  vexo_vector white;   // xyY
+  int white_cct;       // -1: none
+};
+
+struct Ramp {
+  std::vector<GrayFigure> grays; // the last is white
+  Summary summary;
+};
+
+// The target that ramps are judged against: at each input the target white on the target curve, up to a peak. The
+// target white at the peak is also the reference white of CIEDE2000.
+//
+// The peak is the luminance of white that the LUTs leave: what they give up for the white is no error. The ramps
+// without LUTs and as measured are judged against the same target as the ramp through the LUTs, so that their figures
+// compare. LUTs before rounding to codes have a slightly different white: they are judged against a target with its
+// luminance.
 class GrayTarget {
 public:
-  // The panel's primaries give the balance; peak is the luminance of the target's white.
-  GrayTarget(const Target &target, const vexo_cs &primaries, float peak);
+  // The primaries are those of the panel: they give the balance.
+  GrayTarget(const Target &target, const vexo_cs &primaries, double peak);
 
-  vexo_vector XYZ(double input) const;
-  float light(double input) const; // relative, 0..1
-  int cct() const;
-  float peak() const { return white_.d[1]; }
+  Ramp judge(std::vector<GrayFigure> grays) const;
 
-  // Figures of a gray given as xyY; white is the luminance of the ramp's own white.
-  GrayFigure figure(double input, const vexo_vector &xyY, float white) const;
+  // What the ramp should be, at each percent of input.
+  Ramp ideal() const;
 
 private:
+  Triple XYZ(double input) const;
+  void judge(GrayFigure *gray) const;
+
   Target target_;
-  vexo_vector white_; // XYZ at the peak
-  vexo_matrix balance_;
+  Triple white_; // XYZ at the peak
+  vexo_matrix to_balance_;
 };
 
-struct Summary {
-  double de2000_mean = 0.0;
-  double de2000_worst = 0.0;
-  double de2000_worst_tenth = 0.0; // mean over the worst tenth of the steps
-  double chroma_mean = 0.0;        // CIEDE2000 without luminance
-  double chroma_worst = 0.0;
-  double duv_worst = 0.0;
-  double gamma_mean = 0.0;
-  double gamma_spread = 0.0; // largest less smallest
-  double white_x = 0.0;
-  double white_y = 0.0;
-  double white_Y = 0.0;
-  int white_cct = -1;
-};
+// The primaries and the white of the panel at full drive. Throws a Failure (input) where they span no triangle.
+vexo_cs primaries_of(const PanelModel &model);
 
-// Over the steps from an input up; the last step is white.
-Summary summarise(const std::vector<GrayFigure> &ramp, double from);
+// The distance of two colours, given as xyY, in u'v'; NaN where one has no chromaticity.
+double uv_distance(vexo_vector a, vexo_vector b);
 
 #endif

@@ -13,6 +13,7 @@ void add_calibrate(CLI::App &app, const std::string &command_line);
 void add_colour(CLI::App &app); // color, delta, space, dci
 void add_csc(CLI::App &app);
 void add_gray(CLI::App &app);
+void add_import(CLI::App &measure); // a command of measure
 void add_lut1d(CLI::App &app);
 void add_lut3d(CLI::App &app);
 void add_measure(CLI::App &app);

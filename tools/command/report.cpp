@@ -1,7 +1,6 @@
 // vexo report: the calibration report for LUTs that exist already.
 #include <CLI/CLI.hpp>
 
-#include "calibration/condition.h"
 #include "command/commands.h"
 #include "command/shared-options.h"
 #include "text/failure.h"
@@ -18,16 +17,23 @@ struct Options {
 void run(const Options &options, const std::string &command_line) {
   ReportSource source;
   source.target = parse_target(options.target);
-  Panel panel = read_panel(options.panel);
-  source.notes = condition_aloud(&panel);
+  const Panel panel = read_conditioned(options.panel, &source.notes);
   LutSet luts = read_luts(options.luts);
+  const auto model = PanelModel::of(panel.lcnr);
+  if (!model) {
+    throw Failure(kInputError, unusable_row(panel));
+  }
   source.panel = &panel;
-  source.used = panel.lcnr;
+  source.model = &*model;
   source.recipe = "not known: the LUTs were read from a file";
   source.luts = &luts;
   source.luts_name = options.luts;
   source.command_line = command_line;
-  write_reports(options.report, source);
+  source.verify = options.report.verify;
+  source.limits = options.report.limits;
+  const Report report = make_report(source);
+  write_reports(options.report, report);
+  judge_limits(report.limits);
 }
 
 } // namespace

@@ -1,10 +1,12 @@
-// Options that several commands share.
+// What several commands share: options, and the steps that those ask for.
 #ifndef VEXO_TOOLS_SHARED_OPTIONS_H
 #define VEXO_TOOLS_SHARED_OPTIONS_H
 
 #include <string>
+#include <vector>
 
-#include "calibration/gray-ramp.h"
+#include "calibration/target.h"
+#include "file/panel.h"
 #include "report/report.h"
 
 namespace CLI {
@@ -22,6 +24,9 @@ struct TargetOptions {
 void add_target_options(CLI::App *command, TargetOptions &options);
 Target parse_target(const TargetOptions &options);
 
+// Reads a panel and conditions it. Prints each change on standard error and adds it to the notes.
+Panel read_conditioned(const std::string &path, std::vector<std::string> *notes);
+
 // Where the figures of a report go; empty where not given.
 struct ReportOptions {
   std::string html;
@@ -29,15 +34,18 @@ struct ReportOptions {
   std::string csv;
   std::string verify;
   std::string limits;
-
-  bool any() const { return !(html.empty() && json.empty() && csv.empty() && verify.empty() && limits.empty()); }
 };
 
 // All but the option for the HTML file, which each command names itself.
 void add_report_options(CLI::App *command, ReportOptions &options);
 
-// Makes the report, writes the files asked for and prints each limit. Throws a Failure (limit) when one is missed,
-// after everything is written.
-void write_reports(const ReportOptions &options, ReportSource source);
+// Writes the files that the options name.
+void write_reports(const ReportOptions &options, const Report &report);
+
+// Prints each limit on standard error. Throws a Failure (limit) when one is missed.
+void judge_limits(const std::vector<LimitResult> &limits);
+
+// "vexo: TEXT" on standard error.
+void warn(const std::string &text);
 
 #endif

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "report/markup.h"
 #include "text/text.h"
 
 namespace {
@@ -21,7 +22,7 @@ struct Range {
   double high;
 };
 
-// The range of an axis in the data and what is drawn beside it, with a little air.
+// The range of the data and the reference lines on an axis, with a little air.
 Range data_range(const Chart &chart, bool vertical) {
   Range range = {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
   const auto include = [&](double value) {
@@ -200,55 +201,9 @@ std::string legend(const Chart &chart) {
   return out + "</p>\n";
 }
 
-// The length of the UTF-8 sequence at the start of the text, 0 when it is none (RFC 3629).
-size_t sequence_length(const unsigned char *text, size_t size) {
-  const auto continues = [&](size_t i) { return i < size && (text[i] & 0xC0U) == 0x80U; };
-  if (text[0] < 0x80) {
-    return 1;
-  }
-  if (text[0] >= 0xC2 && text[0] <= 0xDF) {
-    return continues(1) ? 2 : 0;
-  }
-  if (text[0] >= 0xE0 && text[0] <= 0xEF) {
-    const bool overlong = text[0] == 0xE0 && size > 1 && text[1] < 0xA0;
-    const bool surrogate = text[0] == 0xED && size > 1 && text[1] > 0x9F;
-    return continues(1) && continues(2) && !overlong && !surrogate ? 3 : 0;
-  }
-  if (text[0] >= 0xF0 && text[0] <= 0xF4) {
-    const bool overlong = text[0] == 0xF0 && size > 1 && text[1] < 0x90;
-    const bool beyond = text[0] == 0xF4 && size > 1 && text[1] > 0x8F;
-    return continues(1) && continues(2) && continues(3) && !overlong && !beyond ? 4 : 0;
-  }
-  return 0;
-}
-
 } // namespace
 
 std::string render(const Chart &chart) {
   return "<figure id=\"" + chart.id + "\">\n<h3>" + escaped(chart.title) + "</h3>\n" + legend(chart) +
          Plot(chart).svg() + "<figcaption>" + escaped(chart.summary) + "</figcaption>\n</figure>\n";
-}
-
-std::string escaped(const std::string &text) {
-  std::string out;
-  const auto *bytes = reinterpret_cast<const unsigned char *>(text.data());
-  for (size_t i = 0; i < text.size();) {
-    const size_t length = sequence_length(bytes + i, text.size() - i);
-    const char c = text[i];
-    if (length == 0 || (length == 1 && bytes[i] < 0x20 && c != '\n' && c != '\t') || bytes[i] == 0x7F) {
-      out += "\xEF\xBF\xBD"; // U+FFFD
-    } else if (c == '&') {
-      out += "&amp;";
-    } else if (c == '<') {
-      out += "&lt;";
-    } else if (c == '>') {
-      out += "&gt;";
-    } else if (c == '"') {
-      out += "&quot;";
-    } else {
-      out.append(text, i, length);
-    }
-    i += std::max<size_t>(length, 1);
-  }
-  return out;
 }

@@ -12,7 +12,7 @@ struct ChartPoint {
 
 struct ChartSeries {
   std::string name;
-  std::string style; // CSS class: before, after, measured, target, red, green, blue, outline
+  std::string style; // CSS classes of style.css, such as before, red or outline
   std::vector<ChartPoint> points;
   bool line = true;
   bool marks = true; // points that show their value; visible ones where there is no line
@@ -45,8 +45,5 @@ struct Chart {
 
 // A figure element: title, legend, drawing, summary.
 std::string render(const Chart &chart);
-
-// Text for HTML and SVG: markup is escaped, bytes that are not UTF-8 and control characters are replaced.
-std::string escaped(const std::string &text);
 
 #endif

@@ -3,32 +3,28 @@
 #define VEXO_TOOLS_REPORT_H
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "calibration/figures.h"
 #include "file/luts.h"
 #include "file/panel.h"
+#include "report/limits.h"
 
 // What a report is made of.
 struct ReportSource {
-  const Panel *panel = nullptr;   // as read
-  vexo_lcnr used = {};            // the measurements that the calibration used
-  std::vector<std::string> notes; // what was done to them, and warnings
-  Target target = {};
+  const Panel *panel = nullptr;      // the file's measurements, conditioned if asked for
+  const PanelModel *model = nullptr; // predicts all ramps
+  std::vector<std::string> notes;    // what was done to the measurements, and what the recipe says
+  Target target;
   std::string recipe; // in words
   LutSet *luts = nullptr;
+  LutSet *exact = nullptr; // the LUTs before rounding to codes; null where unknown
   std::string luts_name;
   std::string command_line;
-  std::string verify; // CSV of a measured gray ramp; empty: none
-  std::string limits; // JSON of limits; empty: none
-};
-
-struct LimitResult {
-  std::string figure;
-  std::string limit; // "at most 1" or "at least 200"
-  double value;
-  bool passed;
+  std::string verify; // CSV file of a gray ramp measured through the LUTs; empty: none
+  std::string limits; // JSON file of limits; empty: none
 };
 
 struct Report {
@@ -42,32 +38,29 @@ struct Report {
   vexo_vector cyan;
   vexo_vector magenta;
   vexo_vector yellow;
-  int target_cct;
-  std::vector<GrayFigure> target;   // what the ramp should be, 0 to 100 % by 1 %
-  std::vector<GrayFigure> before;   // likewise
-  std::vector<GrayFigure> after;    // likewise
-  std::vector<GrayFigure> measured; // as read; empty without a measured ramp
-  Summary summary_before;
-  Summary summary_after;
-  Summary summary_measured;
+  Ramp target;                  // what the ramp should be
+  Ramp before;                  // predicted without LUTs
+  Ramp after;                   // predicted through the LUTs
+  std::optional<Ramp> exact;    // predicted through the LUTs before rounding to codes
+  std::optional<Ramp> measured; // as read
   std::vector<LimitResult> limits;
 };
 
-// The ramp and summary that the verdict is about: the measured one where there is one.
-const std::vector<GrayFigure> &judged_ramp(const Report &report);
+// Computes every figure. Throws a Failure (input).
+Report make_report(const ReportSource &source);
+
+// The summary that verdict and limits are about: the measured ramp's where there is one.
 const Summary &judged(const Report &report);
 
-// "good", "fair" or "poor", with the reason in figures.
+// "Good", "Fair" or "Poor", with the reason in figures.
 std::string verdict(const Report &report);
 
-// Throws a Failure (input).
-Report make_report(const ReportSource &source);
+// The figures by the names that limits and JSON use.
+NamedFigures named_figures(const Report &report);
 
 void write_html(const Report &report, std::FILE *f);
 void write_json(const Report &report, std::FILE *f);
-void write_csv(const Report &report, std::FILE *f); // the table of 21 steps
-
-// The summary's figures by name, as limits and JSON use them.
-std::vector<std::pair<std::string, double>> named_figures(const Report &report);
+void write_csv(const Report &report, std::FILE *f);       // the grays at each 5 % of input
+void write_gray_ramp(const Report &report, std::FILE *f); // as text for the console
 
 #endif

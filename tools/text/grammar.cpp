@@ -11,35 +11,6 @@
 
 namespace {
 
-struct NamedWhite {
-  const char *name;
-  float xy[2];
-};
-
-// CIE 15 daylight illuminants and E; D93 as broadcast monitors use it; DCI of SMPTE RP 431-2.
-const NamedWhite kWhites[] = {
-    {"D50", {0.3457F, 0.3585F}},       {"D55", {0.3324F, 0.3474F}}, {"D65", {0.3127F, 0.3290F}},
-    {"D75", {0.2990F, 0.3149F}},       {"D93", {0.2831F, 0.2971F}}, {"DCI", {0.3140F, 0.3510F}},
-    {"E", {1.0F / 3.0F, 1.0F / 3.0F}},
-};
-
-struct NamedCurve {
-  const char *name;
-  vexo_gamma gamma; // slope, transition, gamma, offset
-};
-
-// Encoding curves: linear light to signal.
-const NamedCurve kCurves[] = {
-    {"linear", {0.0F, 0.0F, 1.0F, 0.0F}},
-    {"bt709", {4.5F, 0.018F, 0.45F, 0.099F}},            // BT.709, BT.601, BT.2020 at 10 bits
-    {"bt2020", {4.5F, 0.0181F, 0.45F, 0.0993F}},         // BT.2020 at 12 bits
-    {"bt1886", {0.0F, 0.0F, 1.0F / 2.4F, 0.0F}},         // inverse of BT.1886 over a black of 0
-    {"srgb", {12.92F, 0.0031308F, 1.0F / 2.4F, 0.055F}}, // IEC 61966-2-1
-    {"smpte240m", {4.0F, 0.0228F, 0.45F, 0.1115F}},      // SMPTE 240M
-    {"adobe", {0.0F, 0.0F, 256.0F / 563.0F, 0.0F}},      // Adobe RGB (1998)
-    {"dci", {0.0F, 0.0F, 1.0F / 2.6F, 0.0F}},            // SMPTE ST 428-1
-};
-
 struct NamedSpace {
   const char *name;
   float primaries[4][2]; // red, green, blue, white
@@ -73,46 +44,6 @@ const NamedRange kRanges[] = {
     {"smpte-full", false, RGB_SMPTE_FULL_RANGE},
     {"smpte-full", true, YCBCR_SMPTE_FULL_RANGE},
 };
-
-std::string lower(std::string text) {
-  for (char &c : text) {
-    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  }
-  return text;
-}
-
-// The row of a table whose name is text, whatever its case.
-template <typename Row, size_t N> const Row *find_name(const Row (&table)[N], const std::string &text) {
-  const auto row = std::find_if(table, table + N, [&](const Row &r) { return lower(r.name) == lower(text); });
-  return row == table + N ? nullptr : row;
-}
-
-template <typename Row, size_t N> std::vector<std::string> names_of(const Row (&table)[N]) {
-  std::vector<std::string> names;
-  for (const Row &row : table) {
-    names.emplace_back(row.name);
-  }
-  return names;
-}
-
-// Numbers separated by commas; empty when any is not one.
-std::vector<float> numbers(const std::string &text) {
-  std::vector<float> values;
-  for (const std::string &part : split(text, ',')) {
-    const auto value = finite_number(part);
-    if (!value) {
-      return {};
-    }
-    values.push_back(*value);
-  }
-  return values;
-}
-
-[[noreturn]] void reject(const std::string &option, const std::string &text, const std::string &expected,
-                         const std::string &hint = "") {
-  throw Failure(kUsageError, option + " '" + text + "': expected " + expected +
-                                 (hint.empty() ? "" : "; did you mean " + hint + "?"));
-}
 
 // Reads the components in the order they travel, each exactly once.
 bool parse_order(const std::string &text, bool ycbcr, int order[3]) {
@@ -173,6 +104,32 @@ std::vector<std::string> split(const std::string &text, char separator) {
   return parts;
 }
 
+std::string lower(std::string text) {
+  for (char &c : text) {
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return text;
+}
+
+std::vector<float> number_list(const std::string &text) {
+  std::vector<float> values;
+  for (const std::string &part : split(text, ',')) {
+    const auto value = finite_number(part);
+    if (!value) {
+      return {};
+    }
+    values.push_back(*value);
+  }
+  return values;
+}
+
+void reject(const std::string &option, const std::string &text, const std::string &expected,
+            const std::vector<std::string> &names) {
+  const std::string meant = nearest(text, names);
+  throw Failure(kUsageError, option + " '" + text + "': expected " + expected +
+                                 (meant.empty() ? "" : "; did you mean " + meant + "?"));
+}
+
 int parse_integer(const std::string &option, const std::string &text, int min, int max) {
   int value = 0;
   const char *last = text.data() + text.size();
@@ -209,7 +166,7 @@ float parse_not_negative(const std::string &option, const std::string &text) {
 
 std::string parse_name(const std::string &option, const std::string &text, const std::vector<std::string> &names) {
   if (std::find(names.begin(), names.end(), text) == names.end()) {
-    reject(option, text, "one of " + join(names), nearest(text, names));
+    reject(option, text, "one of " + join(names), names);
   }
   return text;
 }
@@ -233,51 +190,11 @@ bool scan_triple(const std::string &text, vexo_vector *v) {
 }
 
 vexo_vector parse_triple(const std::string &option, const std::string &text) {
-  const std::vector<float> values = numbers(text);
+  const std::vector<float> values = number_list(text);
   if (values.size() != 3) {
     reject(option, text, "three numbers separated by commas, with decimal points");
   }
   return vexo_vector{{values[0], values[1], values[2]}};
-}
-
-White parse_white(const std::string &option, const std::string &text) {
-  White white = {text, {}};
-  if (const NamedWhite *named = find_name(kWhites, text)) {
-    white.name = named->name;
-    vexo_vector_set_xy(&white.xyz, named->xy);
-    return white;
-  }
-  const std::vector<float> xy = numbers(text);
-  if (xy.size() != 2 || !(xy[0] > 0.0F) || !(xy[1] > 0.0F) || !(xy[0] + xy[1] < 1.0F)) {
-    reject(option, text, "one of " + white_names() + ", or a chromaticity x,y such as 0.3127,0.3290",
-           nearest(text, names_of(kWhites)));
-  }
-  vexo_vector_set_xy(&white.xyz, xy.data());
-  return white;
-}
-
-Curve power_curve(float exponent, const std::string &name) {
-  Curve curve = {name, {}};
-  vexo_gamma_init(&curve.gamma, exponent);
-  return curve;
-}
-
-Curve parse_curve(const std::string &option, const std::string &text) {
-  if (const NamedCurve *named = find_name(kCurves, text)) {
-    return Curve{named->name, named->gamma};
-  }
-  const std::vector<float> values = numbers(text);
-  if (values.size() == 1 && values[0] > 0.0F) {
-    return power_curve(values[0], "power law " + text);
-  }
-  if (values.size() == 4 && values[0] >= 0.0F && values[1] >= 0.0F && values[1] < 1.0F && values[2] > 0.0F &&
-      values[3] >= 0.0F && (values[0] > 0.0F || values[1] == 0.0F)) {
-    return Curve{"custom", {values[0], values[1], values[2], values[3]}};
-  }
-  reject(option, text,
-         "one of " + curve_names() + ", an exponent above 0, or slope,transition,gamma,offset " +
-             "(slope above 0 where there is a toe, transition below 1, gamma above 0, offset not below 0)",
-         nearest(text, names_of(kCurves)));
 }
 
 Space parse_space(const std::string &option, const std::string &text) {
@@ -287,10 +204,10 @@ Space parse_space(const std::string &option, const std::string &text) {
     space.name = named->name;
     std::copy_n(&named->primaries[0][0], 8, &primaries[0][0]);
   } else {
-    const std::vector<float> values = numbers(text);
+    const std::vector<float> values = number_list(text);
     if (values.size() != 8) {
       reject(option, text, "one of " + space_names() + ", or the chromaticities rx,ry,gx,gy,bx,by,wx,wy",
-             nearest(text, names_of(kSpaces)));
+             names_of(kSpaces));
     }
     std::copy_n(values.data(), 8, &primaries[0][0]);
   }
@@ -310,8 +227,9 @@ Signal parse_signal(const std::string &option, const std::string &text) {
   const auto range = std::find_if(std::begin(kRanges), std::end(kRanges),
                                   [&](const NamedRange &r) { return r.ycbcr == signal.ycbcr && parts[1] == r.name; });
   if (range == std::end(kRanges)) {
-    reject(option, text, "a range of video full extended smpte-full (graphic is the RGB name of full)",
-           nearest(parts[1], names_of(kRanges)));
+    const std::string meant = nearest(parts[1], names_of(kRanges));
+    reject(option, text, "a range of video full extended smpte-full (graphic is the RGB name of full)" +
+                             (meant.empty() ? "" : "; did you mean " + meant + "?"));
   }
   signal.range = range->range;
   signal.bits = parse_integer(option + " bits", parts[2], 8, 30);
@@ -322,18 +240,7 @@ Signal parse_signal(const std::string &option, const std::string &text) {
   return signal;
 }
 
-std::string describe(const Curve &curve) {
-  const vexo_gamma &g = curve.gamma;
-  return format("%s (slope %.9g, transition %.9g, gamma %.9g, offset %.9g)", curve.name.c_str(),
-                static_cast<double>(g.slope), static_cast<double>(g.transition), static_cast<double>(g.gamma),
-                static_cast<double>(g.offset));
-}
-
-std::string white_names() { return join(names_of(kWhites)); }
-
 std::string space_names() { return join(names_of(kSpaces)); }
-
-std::string curve_names() { return join(names_of(kCurves)); }
 
 std::string nearest(const std::string &text, const std::vector<std::string> &candidates) {
   std::string best;

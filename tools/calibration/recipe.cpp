@@ -1,0 +1,211 @@
+#include "calibration/recipe.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "calibration/condition.h"
+#include "calibration/figures.h"
+#include "calibration/solve.h"
+#include "text/channels.h"
+#include "text/failure.h"
+#include "text/text.h"
+#include "text/verbose.h"
+
+namespace {
+
+const int kLevels = 1024;             // entries that the recipes fill
+const double kWhiteTolerance = 0.004; // distance in u'v' at which two whites are just told apart side by side
+
+using LibraryRecipe = int (*)(vexo_lut *, vexo *, vexo_gamma *, vexo_gamma *, vexo_vector *);
+
+bool run_library(LibraryRecipe recipe, LutSet &luts, RecipeTask &task) {
+  Target &target = task.target;
+  auto context = std::make_unique<vexo>();
+  context->lcnr = task.measurements;
+  const int status = recipe(luts.get(), context.get(), &target.camera.gamma, &target.system.gamma, &target.white.xyz);
+  task.measurements = context->lcnr;
+  return status == 0;
+}
+
+bool aligned(LutSet &luts, RecipeTask &task) { return run_library(vexo_data_alignment, luts, task); }
+
+bool direct(LutSet &luts, RecipeTask &task) { return run_library(vexo_generate_lut, luts, task); }
+
+bool solved(LutSet &luts, RecipeTask &task) {
+  const auto model = PanelModel::of(task.measurements);
+  if (!model) {
+    return false;
+  }
+  const Solved result = solve(luts.get(), *model, task.target);
+  task.remarks.push_back(format("below %.1f %% input, straight lines to 0", result.toe / 10.23));
+  if (result.held > 0) {
+    task.remarks.push_back(
+        format("%d entries, %.1f to %.1f %% input, keep the target's luminance but cannot show its white", result.held,
+               result.held_from * 100.0, result.held_to * 100.0));
+  }
+  return true;
+}
+
+const Recipe kRecipes[] = {
+    {"aligned", "balances every gray level, then follows the curve", aligned},
+    {"direct", "follows the curve, then scales full white", direct},
+    {"solve", "solves every gray level for the target's X, Y and Z", solved},
+};
+
+// Applies a change to every drive.
+template <typename Change> void for_each_drive(LutSet &luts, Change change) {
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
+    for (int i = 0; i < lut.size; i++) {
+      change(lut.d[i], i);
+    }
+  }
+}
+
+// Runs the recipe on the rows up to the lowest that gives full light, then scales the drives to that row's. The
+// library's search for white sees nothing change above it. A clipped panel has such rows.
+bool run_below_clip(const Recipe &recipe, LutSet &luts, RecipeTask &task) {
+  vexo_lcnr &rows = task.measurements;
+  const int num = rows.num;
+  const int full = clip_row(rows);
+  rows.num = full + 1;
+  const bool done = recipe.run(luts, task);
+  rows.num = num;
+  if (full < num - 1) {
+    const float level = rows.sample[full];
+    const float share = level / rows.sample[num - 1];
+    task.remarks.push_back(format("no drive above level %g, which gives full light already", level));
+    for_each_drive(luts, [&](float &drive, int) { drive = std::min(drive, 1.0F) * share; });
+  }
+  return done;
+}
+
+// Limits drives to what the panel has.
+void limit(LutSet &luts, std::vector<std::string> *remarks) {
+  int limited = 0;
+  for_each_drive(luts, [&](float &drive, int entry) {
+    if (!std::isfinite(drive)) {
+      throw Failure(kInputError, format("no drive can be computed for input %d of %d", entry, luts.size() - 1));
+    }
+    limited += drive < 0.0F || drive > 1.0F ? 1 : 0;
+    drive = std::clamp(drive, 0.0F, 1.0F);
+  });
+  if (limited > 0) {
+    remarks->push_back(format("%d entries asked for more than full drive and are limited to it", limited));
+  }
+}
+
+// The drives of the codes that a file of that depth holds.
+LutSet rounded_to_codes(LutSet &luts, int bits) {
+  const float max_code = static_cast<float>((1 << bits) - 1);
+  LutSet rounded = resampled(luts, luts.size());
+  for_each_drive(rounded, [&](float &drive, int) { drive = std::round(drive * max_code) / max_code; });
+  return rounded;
+}
+
+// Where a channel's drive falls as the input rises.
+std::vector<std::string> falls(LutSet &luts) {
+  std::vector<std::string> result;
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
+    int count = 0;
+    int first = 0;
+    for (int i = lut.size - 1; i > 0; i--) {
+      if (lut.d[i] < lut.d[i - 1]) {
+        count++;
+        first = i;
+      }
+    }
+    if (count > 0) {
+      result.push_back(format("the LUT of %s falls at %d entries, the first is %d", kChannels[c], count, first));
+    }
+  }
+  return result;
+}
+
+bool run_recipe(const RecipeJob &job, LutSet &luts, RecipeTask &task) {
+  return job.below_clip ? run_below_clip(*job.recipe, luts, task) : job.recipe->run(luts, task);
+}
+
+Correction run(const Panel &panel, const RecipeJob &job) {
+  RecipeTask task = {panel.lcnr, job.target, {}};
+  LutSet luts(kLevels);
+  say(std::string("runs the recipe ") + job.recipe->name);
+  const bool done = run_recipe(job, luts, task);
+  auto model = PanelModel::of(task.measurements);
+  if (!done || !model) {
+    throw Failure(kInputError, unusable_row(Panel{panel.path, task.measurements, panel.lines}));
+  }
+  const auto gain = [&](int c) { return double{luts.get()[c].d[kLevels - 1]}; };
+  LutSet exact = resampled(luts, job.entries);
+  limit(exact, &task.remarks);
+  LutSet rounded = rounded_to_codes(exact, job.bits);
+  std::vector<std::string> warnings = falls(rounded);
+  return {std::move(*model),  {gain(0), gain(1), gain(2)}, std::move(exact),
+          std::move(rounded), std::move(task.remarks),     std::move(warnings)};
+}
+
+// White through the LUTs.
+GrayFigure white_through(LutSet &luts, const PanelModel &model) { return predict(model, luts.get(), 2).back(); }
+
+bool is_white(const GrayFigure &shown, const White &target) {
+  return uv_distance(shown.xyY, target.xyz) <= kWhiteTolerance;
+}
+
+// Whether the solve recipe shows the target white. Another recipe may miss it: its search in steps stops where one
+// channel alone is clipped.
+bool solve_shows_white(RecipeJob job, const PanelModel &model) {
+  job.recipe = &recipe_named("solve");
+  RecipeTask task = {model.measurements(), job.target, {}};
+  LutSet luts(kLevels);
+  return run_recipe(job, luts, task) && is_white(white_through(luts, model), job.target.white);
+}
+
+void check_white(const Panel &panel, const RecipeJob &job, Correction &correction) {
+  const GrayFigure white = white_through(correction.luts, correction.model);
+  const White &target = job.target.white;
+  if (is_white(white, target)) {
+    return;
+  }
+  if (solve_shows_white(job, correction.model)) {
+    throw Failure(kLimitMissed,
+                  format("%s: the %s recipe did not find white %s, --recipe solve does; no LUTs were written",
+                         panel.path.c_str(), job.recipe->name, target.name.c_str()));
+  }
+  throw Failure(
+      kLimitMissed,
+      format("%s: the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
+             "where %.4f is allowed; no LUTs were written",
+             panel.path.c_str(), target.name.c_str(), target.xyz.d[0], target.xyz.d[1], white.xyY.d[0], white.xyY.d[1],
+             uv_distance(white.xyY, target.xyz), kWhiteTolerance));
+}
+
+} // namespace
+
+std::vector<std::string> recipe_names() {
+  std::vector<std::string> names;
+  for (const Recipe &recipe : kRecipes) {
+    names.emplace_back(recipe.name);
+  }
+  return names;
+}
+
+const Recipe &recipe_named(const std::string &name) {
+  return *std::find_if(std::begin(kRecipes), std::end(kRecipes), [&](const Recipe &r) { return name == r.name; });
+}
+
+Correction correct(const Panel &panel, const RecipeJob &job) {
+  Correction correction = run(panel, job);
+  check_white(panel, job, correction);
+  return correction;
+}
+
+std::string obstacle(const Recipe &recipe, const Panel &panel) {
+  RecipeTask task = {panel.lcnr, {kD65, kLinear, power_curve(2.2F, "")}, {}}; // any target will do
+  if (recipe.run == aligned) {
+    vexo_lcnr_normalize(&task.measurements); // the recipe does it too, but with a message
+  }
+  LutSet luts(kLevels);
+  return recipe.run(luts, task) ? "" : unusable_row(Panel{panel.path, task.measurements, panel.lines});
+}

@@ -1,0 +1,113 @@
+#include "report/measurements.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "calibration/figures.h"
+#include "text/channels.h"
+#include "text/text.h"
+
+namespace {
+
+void print_rows(const vexo_lcnr &lcnr) {
+  std::printf(
+      "\n     Level         Xr         Yr         Zr         Xg         Yg         Zg         Xb         Yb         "
+      "Zb\n");
+  for (int i = 0; i < lcnr.num; i++) {
+    std::printf("%10g", lcnr.sample[i]);
+    for (int n = 0; n < 9; n++) {
+      std::printf(" %10.4f", lcnr.data[n / 3][n % 3][i]);
+    }
+    std::puts("");
+  }
+}
+
+void print_colour(const char *name, const vexo_vector &xyY, const std::string &more) {
+  std::printf("%-10s x %.4f, y %.4f, luminance %.4g%s\n", name, xyY.d[0], xyY.d[1], xyY.d[2], more.c_str());
+}
+
+void print_colours(const Check &c) {
+  std::printf("\nAt full drive, above black, the white as the sum of the channels:\n");
+  print_colour("White", c.white, c.cct > 0 ? format(", CCT %d K", c.cct) : "");
+  for (int channel = 0; channel < 3; channel++) {
+    print_colour(kChannels[channel], c.primary[channel], "");
+  }
+  std::printf("Black      X %.4g, Y %.4g, Z %.4g\n", c.black[0], c.black[1], c.black[2]);
+  std::printf("Contrast   %s\n",
+              std::isfinite(c.contrast) ? format("%.4g to 1", c.contrast).c_str() : "unknown: black reads no light");
+}
+
+void print_additivity(const Additivity &a) {
+  std::printf("Additivity measured gray against the sum of the channels, above black, %d levels from %s up:\n"
+              "           luminance mean %.2f %%, worst %.2f %% at level %g; colour mean %.4f, worst %.4f in u'v' at "
+              "level %g\n",
+              a.levels, judged_from().c_str(), a.mean_Y * 100.0, a.worst_Y * 100.0, a.worst_Y_level, a.mean_uv,
+              a.worst_uv, a.worst_uv_level);
+}
+
+Json json_additivity(const Additivity &a) {
+  return {{"levels", a.levels},
+          {"luminance", {{"mean", a.mean_Y}, {"worst", a.worst_Y}, {"level", a.worst_Y_level}}},
+          {"uv", {{"mean", a.mean_uv}, {"worst", a.worst_uv}, {"level", a.worst_uv_level}}}};
+}
+
+Json json_row(const vexo_lcnr &lcnr, int i) {
+  Json row = {{"level", json_number(lcnr.sample[i])}};
+  for (int c = 0; c < 3; c++) {
+    row[kChannels[c]] = json_vector(vexo_vector{{lcnr.data[c][0][i], lcnr.data[c][1][i], lcnr.data[c][2][i]}});
+  }
+  return row;
+}
+
+Json json_finding(const Panel &panel, const Finding &f) {
+  return {{"kind", f.kind},
+          {"line", panel.lines[static_cast<size_t>(f.row)]},
+          {"row", f.row},
+          {"level", json_number(panel.lcnr.sample[f.row])},
+          {"channel", kChannels[f.channel]},
+          {"component", f.component >= 0 ? Json(kComponents[f.component]) : Json()},
+          {"text", f.text}};
+}
+
+} // namespace
+
+void print_check(const Check &c) {
+  const vexo_lcnr &lcnr = c.panel.lcnr;
+  std::printf("Panel      %s, %d LEVEL elements read as %d rows of ten numbers, levels rise from 0 to %g\n",
+              c.panel.path.c_str(), lcnr.num, lcnr.num, lcnr.sample[lcnr.num - 1]);
+  print_rows(lcnr);
+  print_colours(c);
+  if (c.gray) {
+    print_additivity(*c.gray);
+  }
+  std::printf("\n%zu warning%s\n", c.findings.size(), c.findings.size() == 1 ? "" : "s");
+  for (const Finding &finding : c.findings) {
+    std::printf("  %s: %s\n", row_name(c.panel, finding.row).c_str(), finding.text.c_str());
+  }
+  for (const RecipeCheck &recipe : c.recipes) {
+    std::printf("As it is, the %s recipe %s\n", recipe.recipe,
+                recipe.obstacle.empty() ? "can use it" : ("cannot use it: " + recipe.obstacle).c_str());
+  }
+}
+
+Json json_check(const Check &c) {
+  Json document = {{"panel", c.panel.path}, {"rows", Json::array()}};
+  for (int i = 0; i < c.panel.lcnr.num; i++) {
+    document["rows"].push_back(json_row(c.panel.lcnr, i));
+  }
+  document["white"] = {{"xyY", json_vector(c.white)}, {"cct", c.cct > 0 ? Json(c.cct) : Json()}};
+  for (int channel = 0; channel < 3; channel++) {
+    document["primaries"][kChannels[channel]] = json_vector(c.primary[channel]);
+  }
+  document["black"] = json_vector(single(c.black));
+  document["contrast"] = std::isfinite(c.contrast) ? Json(c.contrast) : Json();
+  document["additivity"] = c.gray ? json_additivity(*c.gray) : Json();
+  document["warnings"] = Json::array();
+  for (const Finding &finding : c.findings) {
+    document["warnings"].push_back(json_finding(c.panel, finding));
+  }
+  for (const RecipeCheck &recipe : c.recipes) {
+    document["recipes"][recipe.recipe] = recipe.obstacle.empty() ? Json() : Json(recipe.obstacle);
+  }
+  return document;
+}
