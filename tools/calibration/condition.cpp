@@ -1,7 +1,6 @@
 #include "calibration/condition.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
 
@@ -37,20 +36,8 @@ double resolution(const vexo_lcnr &lcnr, int c, int m, int row) {
   return kResolution * drive * std::fabs(value(lcnr, c, m, 0));
 }
 
-// How far the deepest reading of each component lies below black.
-std::array<double, 3> noise_floor(const vexo_lcnr &lcnr) {
-  std::array<double, 3> deepest = {};
-  for (int n = 0; n < 9; n++) {
-    for (int row = 1; row < lcnr.num; row++) {
-      double &d = deepest[static_cast<size_t>(n % 3)];
-      d = std::max(d, -above_black(lcnr, n / 3, n % 3, row));
-    }
-  }
-  return deepest;
-}
-
 // Why a row has to go; empty when it stays.
-std::string reason_to_leave_out(const vexo_lcnr &lcnr, const std::array<double, 3> &noise, int row) {
+std::string reason_to_leave_out(const vexo_lcnr &lcnr, const Triple &noise, int row) {
   const int top = lcnr.num - 1;
   if (std::lround(lcnr.sample[row] * (1023.0F / lcnr.sample[top])) == 0) { // as the library maps levels to its tables
     return "its level is nearer to black than half of 1/1023 of full drive";
@@ -58,8 +45,7 @@ std::string reason_to_leave_out(const vexo_lcnr &lcnr, const std::array<double, 
   for (int c = 0; c < 3; c++) {
     for (const int m : {strongest(lcnr, c, top), 1}) {
       const double black = value(lcnr, c, m, 0);
-      const double margin =
-          std::max(kNoiseMargin * noise[static_cast<size_t>(m)], kCredible * resolution(lcnr, c, m, row));
+      const double margin = std::max(kNoiseMargin * noise[m], kCredible * resolution(lcnr, c, m, row));
       if (!(above_black(lcnr, c, m, row) > margin)) {
         return format("%s %s is %g, not credibly above black's %g (it takes %g more than black)", kChannels[c],
                       kComponents[m], value(lcnr, c, m, row), black, margin);
@@ -77,6 +63,7 @@ public:
     leave_out();
     raise();
     lower();
+    summarise();
     return std::move(result_);
   }
 
@@ -84,12 +71,12 @@ private:
   void leave_out() {
     const vexo_lcnr &from = panel_.lcnr;
     vexo_lcnr &to = result_.panel.lcnr;
-    const std::array<double, 3> noise = noise_floor(from);
+    const Triple noise = noise_floor(from);
     for (int row = 0; row < from.num; row++) {
       const bool stays = row == 0 || row == from.num - 1;
       const std::string reason = stays ? "" : reason_to_leave_out(from, noise, row);
       if (!reason.empty()) {
-        result_.notes.push_back(row_name(panel_, row) + " is left out: " + reason);
+        note(row, "rows left out as noise near black", row_name(panel_, row) + " is left out: " + reason);
         continue;
       }
       to.sample[to.num] = from.sample[row];
@@ -112,7 +99,7 @@ private:
         const double least = black + std::max(kShare * most, resolution(lcnr, n / 3, n % 3, row));
         if (v < least) {
           const float raised = std::max(static_cast<float>(least), std::nextafterf(black, INFINITY));
-          note(row, n, "raised", v, raised, format("black has %.7g", black));
+          note_value(row, n, "raised", v, raised, format("black has %.7g", black));
           v = raised;
         }
       }
@@ -127,24 +114,66 @@ private:
         const double from = value(before, n / 3, n % 3, row);
         const double to = value(result_.panel.lcnr, n / 3, n % 3, row);
         if (to < from) {
-          note(row, n, "lowered", from, to, "a row above it has no more");
+          note_value(row, n, "lowered", from, to, "a row above it has no more");
         }
       }
     }
   }
 
-  void note(int row, int n, const char *verb, double from, double to, const std::string &why) {
-    result_.notes.push_back(row_name(panel_, rows_[static_cast<size_t>(row)]) +
-                            format(": %s %s is %s from %.7g to %.7g: %s", kChannels[n / 3], kComponents[n % 3], verb,
-                                   from, to, why.c_str()));
+  void note_value(int row, int n, const char *verb, double from, double to, const std::string &why) {
+    const int read = rows_[static_cast<size_t>(row)];
+    note(read, format("values of %s %s", kChannels[n / 3], verb),
+         row_name(panel_, read) + format(": %s %s is %s from %.7g to %.7g: %s", kChannels[n / 3], kComponents[n % 3],
+                                         verb, from, to, why.c_str()));
+  }
+
+  // kind: what was done, for the summary.
+  void note(int row, const std::string &kind, const std::string &text) {
+    result_.notes.push_back(text);
+    const double level = panel_.lcnr.sample[row];
+    const auto same = std::find_if(changes_.begin(), changes_.end(), [&](const Changes &c) { return c.kind == kind; });
+    if (same == changes_.end()) {
+      changes_.push_back({kind, 1, level, level});
+      return;
+    }
+    same->count++;
+    same->lowest = std::min(same->lowest, level);
+    same->highest = std::max(same->highest, level);
+  }
+
+  // Changes of one kind.
+  struct Changes {
+    std::string kind;
+    int count;
+    double lowest; // level
+    double highest;
+  };
+
+  void summarise() {
+    for (const Changes &c : changes_) {
+      result_.summary.push_back(format("%d %s, ", c.count, c.kind.c_str()) +
+                                (c.lowest == c.highest ? format("at level %g", c.lowest)
+                                                       : format("from level %g to %g", c.lowest, c.highest)));
+    }
   }
 
   const Panel &panel_;
   std::vector<int> rows_; // of the panel's rows, those that stay
+  std::vector<Changes> changes_;
   Conditioned result_ = {};
 };
 
 } // namespace
+
+Triple noise_floor(const vexo_lcnr &lcnr) {
+  Triple deepest = Triple::Zero();
+  for (int n = 0; n < 9; n++) {
+    for (int row = 1; row < lcnr.num; row++) {
+      deepest[n % 3] = std::max(deepest[n % 3], -above_black(lcnr, n / 3, n % 3, row));
+    }
+  }
+  return deepest;
+}
 
 Conditioned condition(const Panel &panel) { return Conditioner(panel).run(); }
 

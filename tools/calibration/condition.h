@@ -20,14 +20,19 @@
 #include <string>
 #include <vector>
 
+#include "calibration/triple.h"
 #include "file/panel.h"
 
 struct Conditioned {
-  Panel panel;                    // the rows that stay
-  std::vector<std::string> notes; // what was done, a sentence each; empty: the panel as it was, bit for bit
+  Panel panel;                      // the rows that stay
+  std::vector<std::string> notes;   // every change, one sentence each; empty: the panel as it was, bit for bit
+  std::vector<std::string> summary; // one line per kind of change and channel
 };
 
 Conditioned condition(const Panel &panel);
+
+// How far the deepest reading of X, Y and Z lies below black. Light is not negative: this is noise.
+Triple noise_floor(const vexo_lcnr &lcnr);
 
 // The lowest row at which every channel gives the X + Y + Z of full drive, within half a percent. It is the top row
 // unless the panel is clipped. Drives above it do nothing.

@@ -19,18 +19,6 @@ vexo_vector scaled_to(vexo_vector XYZ, float Y) {
   return XYZ;
 }
 
-double de2000(vexo_vector XYZ, vexo_vector target, vexo_vector white) { return vexo_XYZ_DE2000(&XYZ, &target, &white); }
-
-Triple drives_at(const vexo_lut *luts, double input) {
-  if (luts == nullptr) {
-    return {input, input, input};
-  }
-  const auto drive = [&](int c) {
-    return double{vexo_lut_evaluate(&luts[c], static_cast<float>(input * (luts[c].size - 1)))};
-  };
-  return {drive(0), drive(1), drive(2)};
-}
-
 double mean(const std::vector<double> &values) {
   return values.empty() ? kNone
                         : std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
@@ -98,6 +86,16 @@ GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance) 
   return f;
 }
 
+Triple drives_at(const vexo_lut *luts, double input) {
+  if (luts == nullptr) {
+    return {input, input, input};
+  }
+  const auto drive = [&](int c) {
+    return double{vexo_lut_evaluate(&luts[c], static_cast<float>(input * (luts[c].size - 1)))};
+  };
+  return {drive(0), drive(1), drive(2)};
+}
+
 std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, int count) {
   const double white = model.XYZ(drives_at(luts, 1.0))[1];
   std::vector<GrayFigure> grays;
@@ -123,7 +121,7 @@ GrayTarget::GrayTarget(const Target &target, const vexo_cs &primaries, double pe
 
 Triple GrayTarget::XYZ(double input) const {
   const double light = target_light(target_, input);
-  return {white_[0] * light, white_[1] * light, white_[2] * light};
+  return white_ * light;
 }
 
 void GrayTarget::judge(GrayFigure *gray) const {
@@ -178,6 +176,8 @@ vexo_cs primaries_of(const PanelModel &model) {
   }
   return cs;
 }
+
+double de2000(vexo_vector XYZ, vexo_vector target, vexo_vector white) { return vexo_XYZ_DE2000(&XYZ, &target, &white); }
 
 double uv_distance(vexo_vector a, vexo_vector b) {
   if (!(a.d[1] > 0.0F && b.d[1] > 0.0F) || vexo_xyY_uvY(&a) != 0 || vexo_xyY_uvY(&b) != 0) {

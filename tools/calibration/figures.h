@@ -39,6 +39,9 @@ struct GrayFigure {
 // The gray of a light above black, in a ramp whose white has a luminance.
 GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance);
 
+// The drives of an input: through LUTs or, where luts is null, the input itself.
+Triple drives_at(const vexo_lut *luts, double input);
+
 // The grays of a panel at `count` inputs from 0 to 1, through LUTs or, where luts is null, without.
 std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, int count);
 
@@ -97,6 +100,9 @@ private:
 
 // The primaries and the white of the panel at full drive. Throws a Failure (input) where they span no triangle.
 vexo_cs primaries_of(const PanelModel &model);
+
+// CIEDE2000 of two lights; white is the reference of L*a*b*.
+double de2000(vexo_vector XYZ, vexo_vector target, vexo_vector white);
 
 // The distance of two colours, given as xyY, in u'v'; NaN where one has no chromaticity.
 double uv_distance(vexo_vector a, vexo_vector b);

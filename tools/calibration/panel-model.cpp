@@ -14,7 +14,7 @@ Triple table_XYZ(const vexo &context, size_t c, size_t level) {
   const double x = table[0][level];
   const double y = table[1][level];
   if (y == 0.0) {
-    return {};
+    return Triple::Zero();
   }
   const double sum = context.maxY[c] * static_cast<double>(table[2][level]) / y;
   return {x * sum, y * sum, (1.0 - x - y) * sum};
@@ -32,14 +32,21 @@ Line line_at(double drive) {
   return {static_cast<size_t>(upper), level - (upper - 1.0)};
 }
 
+// The roots of components of light; 0 for what is no light.
+Triple roots(const Triple &light) { return light.cwiseMax(0.0).cwiseSqrt(); }
+
 } // namespace
+
+double gray_level(const Triple &drives) { return std::cbrt(drives.cwiseMax(0.0).prod()); }
 
 std::optional<PanelModel> PanelModel::of(const vexo_lcnr &measurements) {
   const auto context = bare_context(measurements);
   return context == nullptr ? std::nullopt : std::optional(PanelModel(*context));
 }
 
-PanelModel::PanelModel(const vexo &context) : measurements_(context.lcnr) {
+PanelModel::PanelModel(const vexo &context)
+    : measurements_(context.lcnr),
+      lowest_level_(double{context.lcnr.sample[1]} / context.lcnr.sample[context.lcnr.num - 1]) {
   for (size_t c = 0; c < 3; c++) {
     for (size_t level = 0; level <= kTopLevel; level++) {
       channels_[c].push_back(table_XYZ(context, c, level));
@@ -47,38 +54,79 @@ PanelModel::PanelModel(const vexo &context) : measurements_(context.lcnr) {
   }
 }
 
-Triple PanelModel::XYZ(const Triple &drives) const {
-  Triple sum = {};
+void PanelModel::learn_grays(const std::vector<MeasuredLight> &lights) {
+  Residual learnt = {{0.0}, {Triple::Zero()}};
+  for (const MeasuredLight &light : lights) {
+    const double t = gray_level(light.drives);
+    const Triple missing = light.XYZ - XYZ(light.drives);
+    learnt.levels.push_back(t);
+    learnt.values.emplace_back(
+        missing.cwiseProduct(roots(additive({t, t, t}))).cwiseQuotient(roots(additive(light.drives))));
+    lowest_level_ = std::min(lowest_level_, t);
+  }
+  residuals_.push_back(std::move(learnt));
+}
+
+Triple PanelModel::additive(const Triple &drives) const {
+  Triple sum = Triple::Zero();
   for (size_t c = 0; c < 3; c++) {
-    const Line line = line_at(drives[c]);
+    const Line line = line_at(drives[static_cast<Eigen::Index>(c)]);
     const Triple &low = channels_[c][line.upper - 1];
-    const Triple &high = channels_[c][line.upper];
-    for (size_t m = 0; m < 3; m++) {
-      sum[m] += low[m] + (high[m] - low[m]) * line.position;
-    }
+    sum += low + (channels_[c][line.upper] - low) * line.position;
   }
   return sum;
 }
 
-std::array<Triple, 3> PanelModel::slopes(const Triple &drives) const {
-  std::array<Triple, 3> result = {};
+Eigen::Matrix3d PanelModel::additive_slopes(const Triple &drives) const {
+  Eigen::Matrix3d slopes;
   for (size_t c = 0; c < 3; c++) {
-    const Line line = line_at(drives[c]);
-    for (size_t m = 0; m < 3; m++) {
-      result[c][m] = (channels_[c][line.upper][m] - channels_[c][line.upper - 1][m]) * kTopLevel;
-    }
+    const auto column = static_cast<Eigen::Index>(c);
+    const size_t upper = line_at(drives[column]).upper;
+    slopes.col(column) = (channels_[c][upper] - channels_[c][upper - 1]) * kTopLevel;
   }
-  return result;
+  return slopes;
+}
+
+// Above the highest measured level the residual keeps its value.
+Triple PanelModel::residual(double gray_level) const {
+  Triple sum = Triple::Zero();
+  for (const Residual &r : residuals_) {
+    const double t = std::min(gray_level, r.levels.back());
+    const auto above = std::lower_bound(r.levels.begin() + 1, r.levels.end(), t);
+    const auto i = static_cast<size_t>(above - r.levels.begin());
+    const double position = (t - r.levels[i - 1]) / (r.levels[i] - r.levels[i - 1]);
+    sum += r.values[i - 1] + (r.values[i] - r.values[i - 1]) * position;
+  }
+  return sum;
+}
+
+// D(t) / sqrt(S(t, t, t)); 0 where there is no light.
+Triple PanelModel::relative_residual(double gray_level) const {
+  const double t = std::min(gray_level, 1.0);
+  const Triple root = roots(additive({t, t, t}));
+  return (root.array() > 0.0).select(residual(t).cwiseQuotient(root), 0.0);
+}
+
+Triple PanelModel::XYZ(const Triple &drives) const {
+  const Triple sum = additive(drives);
+  return knows_grays() ? Triple(sum + relative_residual(gray_level(drives)).cwiseProduct(roots(sum))) : sum;
+}
+
+// With q = sqrt(S) the formula is q^2 + k q = XYZ.
+Triple PanelModel::additive_part(const Triple &XYZ, double gray_level) const {
+  if (!knows_grays()) {
+    return XYZ;
+  }
+  const Eigen::Array3d k = relative_residual(gray_level).array();
+  return (((k * k + 4.0 * XYZ.array().max(0.0)).sqrt() - k) / 2.0).square();
 }
 
 Triple black_of(const vexo_lcnr &measurements) {
-  Triple black = {};
+  Triple black = Triple::Zero();
   for (const auto &channel : measurements.data) {
-    for (size_t m = 0; m < 3; m++) {
-      black[m] += channel[m][0];
-    }
+    black += Triple(channel[0][0], channel[1][0], channel[2][0]);
   }
-  return {black[0] / 3.0, black[1] / 3.0, black[2] / 3.0};
+  return black / 3.0;
 }
 
 double contrast(double white_above_black, double black) {

@@ -17,14 +17,39 @@ namespace {
 const int kLevels = 1024;             // entries that the recipes fill
 const double kWhiteTolerance = 0.004; // distance in u'v' at which two whites are just told apart side by side
 
+// Applies a change to every drive.
+template <typename Change> void for_each_drive(LutSet &luts, Change change) {
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
+    for (int i = 0; i < lut.size; i++) {
+      change(lut.d[i], i);
+    }
+  }
+}
+
+// The level of the full row as a part of the highest.
+float full_drive(const RecipeTask &task) {
+  const vexo_lcnr &rows = task.measurements;
+  return rows.sample[task.full_row] / rows.sample[rows.num - 1];
+}
+
 using LibraryRecipe = int (*)(vexo_lut *, vexo *, vexo_gamma *, vexo_gamma *, vexo_vector *);
 
+// Runs the recipe on the rows up to the full one, then scales the drives to that row's. The library's search for white
+// sees nothing change above it.
 bool run_library(LibraryRecipe recipe, LutSet &luts, RecipeTask &task) {
   Target &target = task.target;
   auto context = std::make_unique<vexo>();
   context->lcnr = task.measurements;
+  context->lcnr.num = task.full_row + 1;
   const int status = recipe(luts.get(), context.get(), &target.camera.gamma, &target.system.gamma, &target.white.xyz);
+  const int num = task.measurements.num;
   task.measurements = context->lcnr;
+  task.measurements.num = num;
+  if (task.full_row < num - 1) {
+    const float share = full_drive(task);
+    for_each_drive(luts, [share](float &drive, int) { drive = std::min(drive, 1.0F) * share; });
+  }
   return status == 0;
 }
 
@@ -33,11 +58,11 @@ bool aligned(LutSet &luts, RecipeTask &task) { return run_library(vexo_data_alig
 bool direct(LutSet &luts, RecipeTask &task) { return run_library(vexo_generate_lut, luts, task); }
 
 bool solved(LutSet &luts, RecipeTask &task) {
-  const auto model = PanelModel::of(task.measurements);
+  const auto model = model_of(task.measurements, *task.grays);
   if (!model) {
     return false;
   }
-  const Solved result = solve(luts.get(), *model, task.target);
+  const Solved result = solve(luts.get(), *model, task.target, double{full_drive(task)});
   task.remarks.push_back(format("below %.1f %% input, straight lines to 0", result.toe / 10.23));
   if (result.held > 0) {
     task.remarks.push_back(
@@ -52,34 +77,6 @@ const Recipe kRecipes[] = {
     {"direct", "follows the curve, then scales full white", direct},
     {"solve", "solves every gray level for the target's X, Y and Z", solved},
 };
-
-// Applies a change to every drive.
-template <typename Change> void for_each_drive(LutSet &luts, Change change) {
-  for (int c = 0; c < 3; c++) {
-    const vexo_lut &lut = luts.get()[c];
-    for (int i = 0; i < lut.size; i++) {
-      change(lut.d[i], i);
-    }
-  }
-}
-
-// Runs the recipe on the rows up to the lowest that gives full light, then scales the drives to that row's. The
-// library's search for white sees nothing change above it. A clipped panel has such rows.
-bool run_below_clip(const Recipe &recipe, LutSet &luts, RecipeTask &task) {
-  vexo_lcnr &rows = task.measurements;
-  const int num = rows.num;
-  const int full = clip_row(rows);
-  rows.num = full + 1;
-  const bool done = recipe.run(luts, task);
-  rows.num = num;
-  if (full < num - 1) {
-    const float level = rows.sample[full];
-    const float share = level / rows.sample[num - 1];
-    task.remarks.push_back(format("no drive above level %g, which gives full light already", level));
-    for_each_drive(luts, [&](float &drive, int) { drive = std::min(drive, 1.0F) * share; });
-  }
-  return done;
-}
 
 // Limits drives to what the panel has.
 void limit(LutSet &luts, std::vector<std::string> *remarks) {
@@ -124,16 +121,23 @@ std::vector<std::string> falls(LutSet &luts) {
   return result;
 }
 
+// Runs the recipe. A clipped panel has rows above the lowest that gives full light: drives stay below them.
 bool run_recipe(const RecipeJob &job, LutSet &luts, RecipeTask &task) {
-  return job.below_clip ? run_below_clip(*job.recipe, luts, task) : job.recipe->run(luts, task);
+  const vexo_lcnr &rows = task.measurements;
+  task.full_row = job.below_clip ? clip_row(rows) : rows.num - 1;
+  if (task.full_row < rows.num - 1) {
+    task.remarks.push_back(
+        format("no drive above level %g, which gives full light already", rows.sample[task.full_row]));
+  }
+  return job.recipe->run(luts, task);
 }
 
 Correction run(const Panel &panel, const RecipeJob &job) {
-  RecipeTask task = {panel.lcnr, job.target, {}};
+  RecipeTask task = {panel.lcnr, job.target, &job.grays, 0, {}};
   LutSet luts(kLevels);
   say(std::string("runs the recipe ") + job.recipe->name);
   const bool done = run_recipe(job, luts, task);
-  auto model = PanelModel::of(task.measurements);
+  auto model = model_of(task.measurements, job.grays);
   if (!done || !model) {
     throw Failure(kInputError, unusable_row(Panel{panel.path, task.measurements, panel.lines}));
   }
@@ -157,7 +161,7 @@ bool is_white(const GrayFigure &shown, const White &target) {
 // channel alone is clipped.
 bool solve_shows_white(RecipeJob job, const PanelModel &model) {
   job.recipe = &recipe_named("solve");
-  RecipeTask task = {model.measurements(), job.target, {}};
+  RecipeTask task = {model.measurements(), job.target, &job.grays, 0, {}};
   LutSet luts(kLevels);
   return run_recipe(job, luts, task) && is_white(white_through(luts, model), job.target.white);
 }
@@ -195,6 +199,14 @@ const Recipe &recipe_named(const std::string &name) {
   return *std::find_if(std::begin(kRecipes), std::end(kRecipes), [&](const Recipe &r) { return name == r.name; });
 }
 
+std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const MeasuredGrays &grays) {
+  auto model = PanelModel::of(measurements);
+  for (size_t i = 0; model && i < grays.size(); i++) {
+    model->learn_grays(grays[i]);
+  }
+  return model;
+}
+
 Correction correct(const Panel &panel, const RecipeJob &job) {
   Correction correction = run(panel, job);
   check_white(panel, job, correction);
@@ -202,7 +214,9 @@ Correction correct(const Panel &panel, const RecipeJob &job) {
 }
 
 std::string obstacle(const Recipe &recipe, const Panel &panel) {
-  RecipeTask task = {panel.lcnr, {kD65, kLinear, power_curve(2.2F, "")}, {}}; // any target will do
+  const MeasuredGrays none;
+  const Target any = {kD65, kLinear, power_curve(2.2F, "")};
+  RecipeTask task = {panel.lcnr, any, &none, panel.lcnr.num - 1, {}};
   if (recipe.run == aligned) {
     vexo_lcnr_normalize(&task.measurements); // the recipe does it too, but with a message
   }

@@ -2,6 +2,7 @@
 #ifndef VEXO_TOOLS_RECIPE_H
 #define VEXO_TOOLS_RECIPE_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,10 +11,15 @@
 #include "file/luts.h"
 #include "file/panel.h"
 
+// Lights near gray that were measured, in the order in which the model learns them.
+using MeasuredGrays = std::vector<std::vector<MeasuredLight>>;
+
 // What a recipe works on.
 struct RecipeTask {
   vexo_lcnr measurements; // a recipe may lower values that fall
   Target target;
+  const MeasuredGrays *grays;
+  int full_row;                     // no drive is above the level of this row
   std::vector<std::string> remarks; // what the recipe says about its work
 };
 
@@ -32,6 +38,7 @@ struct RecipeJob {
   bool below_clip; // use no drive above the lowest that gives full light
   int entries;
   int bits;
+  MeasuredGrays grays;
 };
 
 // What comes of a recipe.
@@ -43,6 +50,9 @@ struct Correction {
   std::vector<std::string> remarks;
   std::vector<std::string> warnings;
 };
+
+// The model of measurements that has learnt the grays. None when the library makes no tables of the measurements.
+std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const MeasuredGrays &grays);
 
 // Runs the recipe. Throws a Failure: input where the measurements make no LUTs, limit where the LUTs do not show the
 // target white.

@@ -1,18 +1,12 @@
 // The solve recipe: each gray level by solving for the three drives whose mixture is the target.
 //
-// A channel's light s is its X + Y + Z above black. The target of a level has three components, and each channel has
-// one light: three equations with three unknowns. Newton's method solves them; a step is halved until it helps. The
-// panel model gives the mixture and its derivative. A channel's drive follows from its light: the lowest drive that
-// gives it.
-//
 // - White is the brightest light of the target white at which no channel needs more than it has.
 // - Levels are solved from the top down. No drive is above that of the level above. Where that bound, or black, keeps
 //   the panel from the target, the level keeps its luminance and its chromaticity gives way: an error of luminance
 //   shows as a band in a ramp, a small error of chromaticity does not.
-// - Near black, below the lowest measured row, a channel's colour is unknown. All that is known is that it goes to
-// black.
-//   From the highest level at which some channel is that low, at most from 10 % input, the three drives go down to 0 in
-//   straight lines, as the drives of a power law would.
+// - Near black, below the lowest measured level, a channel's colour is unknown. All that is known is that it goes to
+//   black. From the highest entry at which some channel is that low, at most from 10 % input, the three drives go down
+//   to 0 in straight lines, as the drives of a power law would.
 #ifndef VEXO_TOOLS_SOLVE_H
 #define VEXO_TOOLS_SOLVE_H
 
@@ -26,7 +20,7 @@ struct Solved {
   double held_to;   // the highest
 };
 
-// Fills three LUTs of 1024 entries.
-Solved solve(vexo_lut *lut, const PanelModel &model, const Target &target);
+// Fills three LUTs of 1024 entries with drives of 0 to the most.
+Solved solve(vexo_lut *lut, const PanelModel &model, const Target &target, double most);
 
 #endif

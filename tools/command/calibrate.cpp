@@ -12,24 +12,20 @@
 namespace {
 
 struct Options {
-  std::string panel;
+  PanelOptions panel;
   std::string output; // empty where not given
   TargetOptions target;
-  std::string recipe = "aligned";
-  std::string condition = "on";
+  std::string recipe = "solve";
   int bits = 10;
   int entries = 1024;
   ReportOptions report;
-
-  bool conditions() const { return condition == "on"; }
 };
 
-ReportSource source_of(const Options &options, const RecipeJob &job, const Panel &panel, Correction &correction,
-                       const std::vector<std::string> &changes) {
+ReportSource source_of(const Options &options, const RecipeJob &job, const PanelInput &input, Correction &correction) {
   ReportSource source;
-  source.panel = &panel;
+  source.panel = &input.panel;
   source.model = &correction.model;
-  source.notes = changes;
+  source.notes = input.notes;
   source.notes.insert(source.notes.end(), correction.remarks.begin(), correction.remarks.end());
   source.target = job.target;
   source.recipe = std::string(job.recipe->name) + ": " + job.recipe->meaning;
@@ -65,12 +61,12 @@ void print(const Options &options, const Report &report, const Correction &corre
   std::FILE *f = options.output == "-" ? stderr : stdout;
   const vexo_lcnr &rows = report.source.panel->lcnr;
   const Target &target = report.source.target;
-  std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", options.panel.c_str(), rows.num,
+  std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", options.panel.panel.c_str(), rows.num,
                rows.sample[rows.num - 1]);
   std::fprintf(f, "Conditioning  %s\n",
-               !options.conditions() ? "off"
-               : changes == 0        ? "nothing to do"
-                                     : format("%zu changes, listed on standard error", changes).c_str());
+               !options.panel.conditions() ? "off"
+               : changes == 0              ? "nothing to do"
+                                           : format("%zu changes, listed on standard error", changes).c_str());
   std::fprintf(f, "Panel white   %s\n", describe_white(report.before).c_str());
   std::fprintf(f, "Target white  x %.4f, y %.4f (%s)\n", target.white.xyz.d[0], target.white.xyz.d[1],
                target.white.name.c_str());
@@ -92,13 +88,16 @@ void print(const Options &options, const Report &report, const Correction &corre
 }
 
 void run(const Options &options, const std::string &command_line) {
-  const RecipeJob job = {&recipe_named(options.recipe), parse_target(options.target), options.conditions(),
-                         options.entries, options.bits};
-  std::vector<std::string> changes;
-  const Panel panel = options.conditions() ? read_conditioned(options.panel, &changes) : read_panel(options.panel);
-  Correction correction = correct(panel, job);
+  const PanelInput input = read_panel_input(options.panel);
+  const RecipeJob job = {&recipe_named(options.recipe),
+                         parse_target(options.target),
+                         options.panel.conditions(),
+                         options.entries,
+                         options.bits,
+                         input.grays};
+  Correction correction = correct(input.panel, job);
   say("predicts the gray ramp");
-  ReportSource source = source_of(options, job, panel, correction, changes);
+  ReportSource source = source_of(options, job, input, correction);
   source.command_line = command_line;
   const Report report = make_report(source);
   for (const std::string &warning : correction.warnings) {
@@ -108,7 +107,7 @@ void run(const Options &options, const std::string &command_line) {
   if (!options.output.empty()) {
     write_luts(options, correction.luts);
   }
-  print(options, report, correction, changes.size());
+  print(options, report, correction, input.notes.size());
   write_reports(options.report, report);
   judge_limits(report.limits);
 }
@@ -118,8 +117,7 @@ void run(const Options &options, const std::string &command_line) {
 void add_calibrate(CLI::App &app, const std::string &command_line) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("calibrate", "Turn a panel's measurements into three correction LUTs");
-  command->add_option("PANEL.xml", options->panel, "LCNR file: ramps of red, green and blue, each driven alone")
-      ->required();
+  add_panel_options(command, options->panel);
   command->add_option("-o,--output", options->output,
                       "LUT file to write, three columns of codes; - for standard output");
   add_target_options(command, options->target);
@@ -127,7 +125,7 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
       ->check(CLI::IsMember(recipe_names()))
       ->capture_default_str();
   command
-      ->add_option("--condition", options->condition,
+      ->add_option("--condition", options->panel.condition,
                    "on: leave out and mend rows that are noise, each named; off: as measured")
       ->check(CLI::IsMember({"on", "off"}))
       ->capture_default_str();

@@ -10,7 +10,7 @@
 namespace {
 
 struct Options {
-  std::string panel;
+  PanelOptions panel;
   std::string luts;
   int steps = 21;
   bool raw = false;
@@ -34,20 +34,16 @@ void print_table(const std::vector<GrayFigure> &grays) {
 }
 
 void run(const Options &options) {
-  std::vector<std::string> notes;
-  const Panel panel = read_conditioned(options.panel, &notes);
+  const PanelInput input = read_panel_input(options.panel);
   LutSet luts = options.luts.empty() ? identity_luts(1024) : read_luts(options.luts);
-  const auto model = PanelModel::of(panel.lcnr);
-  if (!model) {
-    throw Failure(kInputError, unusable_row(panel));
-  }
+  const PanelModel model = model_of(input);
   if (options.raw) {
-    print_dumps(panel, luts);
+    print_dumps(input.panel, luts);
     return;
   }
-  std::printf("Gray ramp of %s%s%s, predicted above black\n", options.panel.c_str(),
+  std::printf("Gray ramp of %s%s%s, predicted above black\n", options.panel.panel.c_str(),
               options.luts.empty() ? "" : " through ", options.luts.c_str());
-  print_table(predict(*model, options.luts.empty() ? nullptr : luts.get(), options.steps));
+  print_table(predict(model, options.luts.empty() ? nullptr : luts.get(), options.steps));
 }
 
 } // namespace
@@ -55,7 +51,7 @@ void run(const Options &options) {
 void add_gray(CLI::App &app) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("gray", "Predict a panel's gray ramp, bare or through LUTs");
-  command->add_option("PANEL.xml", options->panel, "LCNR file")->required();
+  add_panel_options(command, options->panel);
   command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file");
   command->add_option("--steps", options->steps, "Rows of the table")
       ->check(CLI::Range(2, 1024))

@@ -22,8 +22,7 @@ void run(const Options &options) {
   const Check c = check(read_panel(options.panel), options.gray);
   options.json ? print_json(json_check(c)) : print_check(c);
   if (!options.condition.empty()) {
-    std::vector<std::string> notes;
-    write_panel(options.condition, read_conditioned(options.panel, &notes).lcnr);
+    write_panel(options.condition, read_panel_input({options.panel, "", "on"}).panel.lcnr);
     return;
   }
   for (const RecipeCheck &recipe : c.recipes) {

@@ -8,7 +8,7 @@
 namespace {
 
 struct Options {
-  std::string panel;
+  PanelOptions panel;
   std::string luts;
   TargetOptions target;
   ReportOptions report;
@@ -17,14 +17,12 @@ struct Options {
 void run(const Options &options, const std::string &command_line) {
   ReportSource source;
   source.target = parse_target(options.target);
-  const Panel panel = read_conditioned(options.panel, &source.notes);
+  const PanelInput input = read_panel_input(options.panel);
   LutSet luts = read_luts(options.luts);
-  const auto model = PanelModel::of(panel.lcnr);
-  if (!model) {
-    throw Failure(kInputError, unusable_row(panel));
-  }
-  source.panel = &panel;
-  source.model = &*model;
+  const PanelModel model = model_of(input);
+  source.panel = &input.panel;
+  source.model = &model;
+  source.notes = input.notes;
   source.recipe = "not known: the LUTs were read from a file";
   source.luts = &luts;
   source.luts_name = options.luts;
@@ -41,8 +39,7 @@ void run(const Options &options, const std::string &command_line) {
 void add_report(CLI::App &app, const std::string &command_line) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("report", "Write the calibration report of a panel and its LUTs");
-  command->add_option("PANEL.xml", options->panel, "LCNR file: ramps of red, green and blue, each driven alone")
-      ->required();
+  add_panel_options(command, options->panel);
   command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file")->required();
   command->add_option("-o,--output", options->report.html, "HTML file to write; - for standard output")->required();
   add_target_options(command, options->target);

@@ -5,9 +5,11 @@
 #include <cstdio>
 
 #include "calibration/condition.h"
+#include "calibration/gray-ramp.h"
 #include "file/output.h"
 #include "text/failure.h"
 #include "text/grammar.h"
+#include "text/verbose.h"
 
 namespace {
 
@@ -52,13 +54,45 @@ Target parse_target(const TargetOptions &options) {
   return {white, kLinear, power_curve(parse_positive("--gamma", gamma), "power law " + gamma)};
 }
 
-Panel read_conditioned(const std::string &path, std::vector<std::string> *notes) {
-  const Conditioned conditioned = condition(read_panel(path));
-  for (const std::string &note : conditioned.notes) {
-    warn(note);
-    notes->push_back(note);
+void add_panel_options(CLI::App *command, PanelOptions &options) {
+  command->add_option("PANEL.xml", options.panel, "LCNR file: ramps of red, green and blue, each driven alone")
+      ->required();
+  command->add_option("--gray", options.gray,
+                      "Gray ramp measured on the bare panel, CSV of level,X,Y,Z: the model then knows how far the "
+                      "channels do not add");
+}
+
+PanelInput read_panel_input(const PanelOptions &options) {
+  const Panel panel = read_panel(options.panel);
+  PanelInput input = {panel, {}, {}};
+  if (options.conditions()) {
+    const Conditioned conditioned = condition(panel);
+    input = {conditioned.panel, {}, conditioned.notes};
+    for (const std::string &line : conditioned.summary) {
+      warn(options.panel + ": " + line);
+    }
+    for (const std::string &note : conditioned.notes) {
+      say(note);
+    }
   }
-  return conditioned.panel;
+  if (!options.gray.empty()) {
+    const GrayRamp ramp = read_gray_ramp(options.gray, input.panel);
+    const std::string difference = black_difference(ramp, input.panel);
+    if (!difference.empty()) {
+      warn(difference);
+      input.notes.push_back(difference);
+    }
+    input.grays = {bare_grays(ramp, model_of(input), noise_floor(panel.lcnr))};
+  }
+  return input;
+}
+
+PanelModel model_of(const PanelInput &input) {
+  auto model = model_of(input.panel.lcnr, input.grays);
+  if (!model) {
+    throw Failure(kInputError, unusable_row(input.panel));
+  }
+  return std::move(*model);
 }
 
 void add_report_options(CLI::App *command, ReportOptions &options) {

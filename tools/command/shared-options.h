@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "calibration/recipe.h"
 #include "calibration/target.h"
 #include "file/panel.h"
 #include "report/report.h"
@@ -24,8 +25,30 @@ struct TargetOptions {
 void add_target_options(CLI::App *command, TargetOptions &options);
 Target parse_target(const TargetOptions &options);
 
-// Reads a panel and conditions it. Prints each change on standard error and adds it to the notes.
-Panel read_conditioned(const std::string &path, std::vector<std::string> *notes);
+// The measurements of a panel, as they stand on the command line.
+struct PanelOptions {
+  std::string panel;
+  std::string gray; // empty where not given
+  std::string condition = "on";
+
+  bool conditions() const { return condition == "on"; }
+};
+
+// PANEL.xml and --gray.
+void add_panel_options(CLI::App *command, PanelOptions &options);
+
+// What was read of a panel.
+struct PanelInput {
+  Panel panel; // conditioned if asked for
+  MeasuredGrays grays;
+  std::vector<std::string> notes; // every change, and what is odd
+};
+
+// Reads and conditions. Prints one line per kind of change on standard error, every change with -v.
+PanelInput read_panel_input(const PanelOptions &options);
+
+// The model that has learnt all of it. Throws a Failure (input) where the library makes no tables.
+PanelModel model_of(const PanelInput &input);
 
 // Where the figures of a report go; empty where not given.
 struct ReportOptions {

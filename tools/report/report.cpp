@@ -62,12 +62,12 @@ std::vector<GrayReading> read_ramp(const std::string &path) {
 // The grays of a measured ramp. Black is its reading of level 0, or else the panel's.
 std::vector<GrayFigure> read_measured(const std::string &path, const Triple &panel_black) {
   const std::vector<GrayReading> rows = read_ramp(path);
-  const auto XYZ = [](const GrayReading &r) { return Triple{r.XYZ.d[0], r.XYZ.d[1], r.XYZ.d[2]}; };
+  const auto XYZ = [](const GrayReading &r) { return triple(r.XYZ); };
   const Triple black = rows.front().level > 0.0F ? panel_black : XYZ(rows.front());
   const double white = XYZ(rows.back())[1] - black[1];
   std::vector<GrayFigure> grays;
   for (const GrayReading &r : rows) {
-    const Triple shown = {XYZ(r)[0] - black[0], XYZ(r)[1] - black[1], XYZ(r)[2] - black[2]};
+    const Triple shown = XYZ(r) - black;
     grays.push_back(gray_figure(double{r.level} / rows.back().level, shown, white));
   }
   return grays;
