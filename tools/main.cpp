@@ -1,6 +1,7 @@
 // vexo: the command-line tool.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <string>
@@ -8,34 +9,39 @@
 
 #include "command/commands.h"
 #include "text/failure.h"
-#include "text/grammar.h"
+#include "text/hints.h"
 #include "text/verbose.h"
 
 namespace {
 
+// The commands and long options that may stand after the words that led to this command.
+std::vector<std::string> known_words(const CLI::App &app) {
+  std::vector<std::string> known;
+  for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
+    known.push_back(command->get_name());
+  }
+  for (const CLI::Option *option : app.get_options()) {
+    for (const std::string &name : option->get_lnames()) {
+      known.push_back("--" + name);
+    }
+  }
+  return known;
+}
+
 // "; did you mean WORD?" for the first word of the command line that is no command or option but close to one.
-std::string hint(const CLI::App &app, const std::vector<std::string> &words) {
+std::string hint_at_word(const CLI::App &app, const std::vector<std::string> &words) {
   const CLI::App *scope = &app;
   for (const std::string &typed : words) {
     const std::string word = typed.substr(0, typed.find('='));
-    std::vector<std::string> known;
-    const CLI::App *entered = nullptr;
-    for (const CLI::App *command : scope->get_subcommands([](const CLI::App *) { return true; })) {
-      known.push_back(command->get_name());
-      entered = command->get_name() == word ? command : entered;
-    }
-    if (entered != nullptr) {
-      scope = entered;
+    const auto command = scope->get_subcommands([&](const CLI::App *c) { return c->get_name() == word; });
+    if (!command.empty()) {
+      scope = command.front();
       continue;
     }
-    for (const CLI::Option *option : scope->get_options()) {
-      for (const std::string &name : option->get_lnames()) {
-        known.push_back("--" + name);
-      }
-    }
-    const std::string meant = nearest(word, known);
-    if (!meant.empty() && meant != word) {
-      return "; did you mean " + meant + "?";
+    const std::vector<std::string> known = known_words(*scope);
+    const std::string found = hint(word, known);
+    if (!found.empty() && std::find(known.begin(), known.end(), word) == known.end()) {
+      return found;
     }
   }
   return "";
@@ -88,7 +94,7 @@ int run(int argc, char **argv) {
     return app.exit(help);
   } catch (const CLI::ParseError &error) {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    return report(Failure(kUsageError, std::string(error.what()) + hint(app, words)));
+    return report(Failure(kUsageError, std::string(error.what()) + hint_at_word(app, words)));
   }
   return kDone;
 }

@@ -5,8 +5,11 @@
 #include <vector>
 
 #include "bits.h"
+#include "colour/spaces.h"
 #include "file/csv.h"
+#include "signal/signal.h"
 #include "text/grammar.h"
+#include "text/hints.h"
 #include "text/text.h"
 #include "tool.h"
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "calibration/gray-ramp.h"
+#include "vexo-cs.h"
 
 // One gray, above black. A figure that the colour does not have is NaN.
 struct GrayFigure {

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <map>
 
+#include "colour/spaces.h"
 #include "command/commands.h"
 #include "file/input.h"
 #include "text/failure.h"

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "colour/spaces.h"
 #include "command/commands.h"
+#include "signal/signal.h"
 #include "text/failure.h"
 #include "text/grammar.h"
 #include "text/json.h"
