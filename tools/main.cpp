@@ -86,7 +86,10 @@ int run(int argc, char **argv) {
   add_lut1d(app);
   add_lut3d(app);
   add_csc(app);
-  add_colour(app);
+  add_color(app);
+  add_delta(app);
+  add_space(app);
+  add_dci(app);
   accept_everywhere(app);
   try {
     app.parse(argc, argv);
