@@ -187,8 +187,8 @@ TEST_F(CscTool, ExplainsUsage) {
       {"ycbcr:full:10:yyy rgb:full:10", "an order of y, cb and cr, such as cbycr"},
       {"rgb:full:10 rgb:full:10 --spac bt709", "did you mean --space?"},
       {"rgb:full:10 rgb:full:10 --space bt70", "did you mean bt709?"},
-      {"rgb:full:10 rgb:full:10 --space bt709 --to-space bt2020", "--space names both colour spaces"},
-      {"rgb:full:10 rgb:full:10 --to-space bt2020", "--from-space and --to-space go together"},
+      {"rgb:full:10 rgb:full:10 --space bt709 --to-space bt2020", "--space excludes --to-space"},
+      {"rgb:full:10 rgb:full:10 --to-space bt2020", "--to-space requires --from-space"},
       {"rgb:full:10 rgb:full:10 --apply 1,2", "--apply '1,2': expected three numbers"},
   };
   for (const auto &c : cases) {
