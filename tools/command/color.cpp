@@ -1,10 +1,9 @@
 // vexo color: a colour, or a list of colours, in every coordinate.
-#include <CLI/CLI.hpp>
-
 #include <cmath>
 #include <cstring>
 
 #include "colour/quantities.h"
+#include "command/cli.h"
 #include "command/colour-options.h"
 #include "command/commands.h"
 #include "file/colour-list.h"
@@ -97,11 +96,10 @@ void run(const Options &options) {
 } // namespace
 
 void add_color(CLI::App &app) {
-  const auto options = std::make_shared<Options>();
-  CLI::App *command = app.add_subcommand("color", "Convert a colour to XYZ, xyY, u'v'Y, Lab, LCh, Luv and CCT");
-  command->add_option("VALUE", options->value, "Three numbers, a,b,c");
-  command->add_option("--file", options->file, "Read many colours, one per line; - for standard input");
-  add_colour_options(command, options->colour);
+  auto [command, options] =
+      add_command(app, "color", "Convert a colour to XYZ, xyY, u'v'Y, Lab, LCh, Luv and CCT", run);
+  command->add_option("VALUE", options.value, "Three numbers, a,b,c");
+  command->add_option("--file", options.file, "Read many colours, one per line; - for standard input");
+  add_colour_options(command, options.colour);
   command->footer("Example: vexo color 0.3127,0.3290,100 --in xyY --white D50");
-  command->callback([options] { run(*options); });
 }

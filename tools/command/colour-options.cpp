@@ -1,7 +1,7 @@
 #include "command/colour-options.h"
 
 #include "colour/quantities.h"
-#include "command/option-checks.h"
+#include "command/cli.h"
 #include "text/failure.h"
 #include "text/grammar.h"
 #include "vexo-cs.h"

@@ -1,6 +1,5 @@
 // vexo delta: the difference of two colours.
-#include <CLI/CLI.hpp>
-
+#include "command/cli.h"
 #include "command/colour-options.h"
 #include "command/commands.h"
 #include "text/json.h"
@@ -43,11 +42,9 @@ void run(const Options &options) {
 } // namespace
 
 void add_delta(CLI::App &app) {
-  const auto options = std::make_shared<Options>();
-  CLI::App *command = app.add_subcommand("delta", "Compare two colours: dE*ab, dE*uv, CIEDE2000");
-  command->add_option("COLOR1", options->first, "Three numbers, a,b,c")->required();
-  command->add_option("COLOR2", options->second, "Three numbers, a,b,c")->required();
-  add_colour_options(command, options->colour);
+  auto [command, options] = add_command(app, "delta", "Compare two colours: dE*ab, dE*uv, CIEDE2000", run);
+  command->add_option("COLOR1", options.first, "Three numbers, a,b,c")->required();
+  command->add_option("COLOR2", options.second, "Three numbers, a,b,c")->required();
+  add_colour_options(command, options.colour);
   command->footer("Example: vexo delta 50,2.6772,-79.7751 50,0,-82.7485 --in Lab");
-  command->callback([options] { run(*options); });
 }

@@ -1,10 +1,10 @@
 // vexo space: the properties of an RGB colour space, and the conversion to another.
-#include <CLI/CLI.hpp>
-
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "colour/spaces.h"
+#include "command/cli.h"
 #include "command/commands.h"
 #include "text/failure.h"
 #include "text/json.h"
@@ -12,8 +12,8 @@
 namespace {
 
 struct Options {
-  std::string space;
-  std::string to;
+  Space space;
+  std::optional<Space> to;
   bool json = false;
 };
 
@@ -32,13 +32,12 @@ struct Description {
 };
 
 Description describe(const Options &options) {
-  const Space space = parse_space("SPACE", options.space);
-  const vexo_cs &cs = space.cs;
+  const vexo_cs &cs = options.space.cs;
   const auto p = properties(cs);
   if (!p) {
-    throw Failure(kInputError, "SPACE '" + options.space + "': its matrix has no inverse");
+    throw Failure(kInputError, "SPACE '" + options.space.name + "': its matrix has no inverse");
   }
-  Description d = {space.name,
+  Description d = {options.space.name,
                    {{"red", cs.r},
                     {"green", cs.g},
                     {"blue", cs.b},
@@ -49,10 +48,10 @@ Description describe(const Options &options) {
                    p->luma,
                    p->area,
                    {{"RGB to XYZ", "npm", p->RGB_to_XYZ}, {"XYZ to RGB", "inverse", p->XYZ_to_RGB}}};
-  if (!options.to.empty()) {
-    const auto to = conversion(cs, parse_space("--to", options.to).cs);
+  if (options.to) {
+    const auto to = conversion(cs, options.to->cs);
     if (!to) {
-      throw Failure(kInputError, "--to '" + options.to + "': its matrix has no inverse");
+      throw Failure(kInputError, "--to '" + options.to->name + "': its matrix has no inverse");
     }
     d.matrices.push_back({"to the other space", "to", to->absolute});
     d.matrices.push_back({"to the other space, white adapted (Bradford)", "to_adapted", to->adapted});
@@ -96,12 +95,11 @@ void run(const Options &options) {
 } // namespace
 
 void add_space(CLI::App &app) {
-  const auto options = std::make_shared<Options>();
-  CLI::App *command =
-      app.add_subcommand("space", "Describe an RGB colour space: points, luma weights, area and matrices");
-  command->add_option("SPACE", options->space, space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy")->required();
-  command->add_option("--to", options->to, "Colour space to convert to: print the RGB to RGB matrices as well");
-  command->add_flag("--json", options->json, "Print JSON");
+  auto [command, options] =
+      add_command(app, "space", "Describe an RGB colour space: points, luma weights, area and matrices", run);
+  add_parsed(command, "SPACE", options.space, parse_space, space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy")->required();
+  add_parsed(command, "--to", options.to, parse_space,
+             "Colour space to convert to: print the RGB to RGB matrices as well");
+  command->add_flag("--json", options.json, "Print JSON");
   command->footer("Example: vexo space bt2020 --to bt709");
-  command->callback([options] { run(*options); });
 }

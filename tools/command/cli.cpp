@@ -1,4 +1,4 @@
-#include "command/option-checks.h"
+#include "command/cli.h"
 
 #include "text/hints.h"
 
