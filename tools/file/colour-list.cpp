@@ -33,8 +33,7 @@ bool ColourList::read_line() {
   const bool found = c != EOF;
   for (; c != EOF && c != '\n'; c = std::getc(file_.get())) {
     if (line_.size() == kLongestLine) {
-      throw Failure(kInputError,
-                    place() + format(": a line of more than %zu characters, expected three numbers", kLongestLine));
+      refuse_input(place(), format("a line of more than %zu characters, expected three numbers", kLongestLine));
     }
     line_.push_back(static_cast<char>(c));
   }

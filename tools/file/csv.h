@@ -28,7 +28,7 @@ struct GrayReading {
   vexo_vector XYZ;
 };
 
-// A measured gray ramp, level,X,Y,Z a line; a Failure (input) where a line is anything else.
+// A measured gray ramp, level,X,Y,Z per line. Throws a Failure (input) where a line is anything else.
 std::vector<GrayReading> read_gray(const std::string &path);
 
 #endif
