@@ -8,7 +8,7 @@
 
 namespace {
 
-// Three grid points an axis, no two channels or axes alike, every value a code of 10 bits.
+// Three grid points per axis. No two channels or axes are alike. Every value is a code of 10 bits.
 int code(int channel, int ri, int gi, int bi) {
   return channel == 0 ? 100 * ri + 3 : channel == 1 ? 200 * gi + 7 : 300 * bi + 11;
 }

@@ -33,4 +33,8 @@ CLI::Validator one_of(const std::vector<std::string> &names);
 // CLI11's Range, for plain decimal digits only: CLI11 reads 010 as eight.
 CLI::Validator whole_number(int min, int max);
 
+// "; did you mean WORD?" for the first word of the command line that is close to a command or an option without being
+// one; empty when there is none.
+std::string hint_at_word(const CLI::App &app, const std::vector<std::string> &words);
+
 #endif

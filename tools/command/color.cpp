@@ -67,7 +67,7 @@ void convert_list(const Options &options) {
   for (ColourList list(options.file); list.next();) {
     vexo_vector v;
     if (!scan_triple(list.line(), &v) || !to_XYZ(&v, options.colour.form, white)) {
-      std::fprintf(stderr, "vexo: %s: '%s' is no colour, expected three numbers\n", list.place().c_str(),
+      std::fprintf(stderr, "vexo: %s: '%s' is not a colour, expected three numbers\n", list.place().c_str(),
                    list.line().c_str());
       all = false;
     } else if (options.colour.json) {
@@ -82,13 +82,13 @@ void convert_list(const Options &options) {
     print_json(document);
   }
   if (!all) {
-    throw Failure(kInputError, input_name(options.file) + ": some lines are no colours");
+    throw Failure(kInputError, input_name(options.file) + ": some lines are not colours");
   }
 }
 
 void run(const Options &options) {
   if (options.value.empty() == options.file.empty()) {
-    throw Failure(kUsageError, "expected one colour, or --file with many");
+    throw Failure(kUsageError, "expected either VALUE or --file");
   }
   options.file.empty() ? convert_one(options) : convert_list(options);
 }

@@ -26,7 +26,7 @@ vexo_vector reference_white(const ColourOptions &options) {
 vexo_vector parse_colour(const std::string &argument, const std::string &text, const ColourOptions &options) {
   vexo_vector v = parse_triple(argument, text);
   if (!to_XYZ(&v, options.form, reference_white(options))) {
-    throw Failure(kInputError, argument + " '" + text + "' is no colour in " + options.form);
+    throw Failure(kInputError, argument + " '" + text + "' is not a colour in " + options.form);
   }
   return v;
 }

@@ -23,7 +23,8 @@ void add_colour_options(CLI::App *command, ColourOptions &options);
 // XYZ of the reference white.
 vexo_vector reference_white(const ColourOptions &options);
 
-// XYZ of the colour that an argument gives. Throws a Failure: usage for what is no triple, input for what is no colour.
+// XYZ of the colour that an argument gives. Throws a Failure: usage for a text that is not a triple, input for a triple
+// that is not a colour.
 vexo_vector parse_colour(const std::string &argument, const std::string &text, const ColourOptions &options);
 
 #endif

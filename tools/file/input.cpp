@@ -11,7 +11,7 @@
 
 namespace {
 
-const size_t kLongestText = 4 << 20; // far more than measurements need; what is made of it takes some 100 times as much
+const size_t kLongestText = 4 << 20; // far more than measurements need; parsing takes some 100 times as much memory
 
 [[noreturn]] void refuse_errno(const std::string &path) {
   refuse_input(input_name(path), std::string("cannot read: ") + std::strerror(errno));

@@ -95,10 +95,12 @@ bool find_columns(cmsHANDLE tables, Columns *columns) {
 Reading read_set(const std::string &name, cmsHANDLE tables, const Columns &columns, int set) {
   float values[6];
   for (int i = 0; i < 6; i++) {
-    const char *text = cmsIT8GetDataRowCol(tables, set, columns.at[i]);
-    const auto value = finite_number(text != nullptr ? text : "");
+    const char *found = cmsIT8GetDataRowCol(tables, set, columns.at[i]);
+    const std::string text = found != nullptr ? found : "";
+    const auto value = finite_number(text);
     if (!value || (i < 3 && *value < 0.0F)) {
-      refuse_input(name, format("data set %d: %s is no number%s", set + 1, kFields[i], i < 3 ? ", or below 0" : ""));
+      refuse_input(name, format("data set %d: %s is '%s', expected a number%s", set + 1, kFields[i], text.c_str(),
+                                i < 3 ? " of 0 or more" : ""));
     }
     values[i] = *value;
   }

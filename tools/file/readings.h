@@ -16,7 +16,7 @@ struct Reading {
 
 struct Readings {
   std::vector<Reading> list;      // in the order of the file
-  std::vector<std::string> notes; // about the values, a sentence each
+  std::vector<std::string> notes; // about the values: one sentence each
 };
 
 // Each throws a Failure (input) that names the file, and the line or data set.
