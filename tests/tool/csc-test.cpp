@@ -92,6 +92,8 @@ TEST_F(CscTool, WarnsOfRegistersThatSaturate) {
             R"(["gain[0][0]","gain[0][2]","gain[1][0]","gain[1][2]","gain[2][0]","gain[2][1]",)"
             R"("offset[0]","offset[2]","max[0]","max[1]","max[2]"])");
   EXPECT_TRUE(run("csc --registers rgb:full:10 ycbcr:video:10").err.empty());
+  EXPECT_EQ(json("rgb:full:8 rgb:full:8 --gain 3.99951171875,1,1")["registers"]["saturated"].size(), 0U);
+  EXPECT_EQ(json("rgb:full:8 rgb:full:8 --gain 4,1,1")["registers"]["saturated"].size(), 1U); // by one step
   for (const Json &document :
        {all, json("rgb:full:10 ycbcr:video:10 --space bt2020")}) { // over the corners of the cube
     const double top = document == all ? 255.0 : 1023.0;

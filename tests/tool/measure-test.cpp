@@ -78,7 +78,7 @@ TEST_F(Tool, ImportsReadings) {
 
   std::string many;
   for (int i = 0; i <= 126; i++) {
-    many += std::to_string(i) + ",1,1,1,1,1,1,1,1," + std::to_string(i + 1) + "\n";
+    many += std::to_string(i) + ",2,1,1,1,1,1,1,1," + std::to_string(i + 1) + "\n";
   }
   save(path("many.csv"), many);
   const Result r = run("measure import many.csv -o many.xml");
@@ -88,6 +88,7 @@ TEST_F(Tool, ImportsReadings) {
   ASSERT_EQ(lcnr.num, 64);
   for (int i = 0; i < 64; i++) {
     EXPECT_EQ(lcnr.sample[i], static_cast<float>(2 * i));
+    EXPECT_EQ(lcnr.data[0][0][i], 2.0F); // each channel keeps the black that its own ramp was read with
     EXPECT_EQ(lcnr.data[2][2][i], static_cast<float>(2 * i + 1));
   }
 }
