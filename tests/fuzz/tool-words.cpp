@@ -8,9 +8,9 @@
 #include "colour/spaces.h"
 #include "file/csv.h"
 #include "signal/signal.h"
+#include "text/format.h"
 #include "text/grammar.h"
 #include "text/hints.h"
-#include "text/text.h"
 #include "tool.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

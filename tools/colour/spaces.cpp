@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "file/output.h"
 #include "file/panel.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 #include "text/verbose.h"
 #include "vexo-cs.h"
 

@@ -8,9 +8,9 @@
 #include "command/commands.h"
 #include "file/colour-list.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
 #include "text/json.h"
-#include "text/text.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

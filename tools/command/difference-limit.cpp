@@ -3,8 +3,8 @@
 #include "command/cli.h"
 #include "text/channels.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
 
 void add_difference_limit(CLI::App *command, DifferenceLimit &limit) {
   const auto parse = [](const std::string &option, const std::string &text) {

@@ -1,7 +1,7 @@
 #include "command/lut1d-input.h"
 
 #include "command/cli.h"
-#include "text/text.h"
+#include "text/format.h"
 
 void add_input(CLI::App *command, const char *name, Lut1dInput &input) {
   command->add_option(name, input.path, "LUT file; - for standard input")->required();

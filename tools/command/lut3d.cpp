@@ -8,7 +8,7 @@
 #include "command/lut3d-input.h"
 #include "lut/lut3d-statistics.h"
 #include "text/channels.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -15,8 +15,8 @@
 #include "file/panel.h"
 #include "text/channels.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/json.h"
-#include "text/text.h"
 #include "vexo-cs.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "file/colour-list.h"
 
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

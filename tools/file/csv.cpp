@@ -2,8 +2,8 @@
 
 #include "file/input.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
 
 namespace {
 

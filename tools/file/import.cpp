@@ -3,7 +3,6 @@
 #include "file/input.h"
 #include "file/ramps.h"
 #include "file/readings.h"
-#include "text/text.h"
 
 namespace {
 

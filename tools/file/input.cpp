@@ -1,5 +1,6 @@
 #include "file/input.h"
 
+#include <strings.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -77,3 +78,8 @@ std::string read_text(const std::string &path, const char *expected) {
 }
 
 std::string input_name(const std::string &path) { return path == "-" ? "standard input" : path; }
+
+bool has_extension(const std::string &path, const std::string &extension) {
+  return path.size() > extension.size() &&
+         strcasecmp(path.c_str() + path.size() - extension.size(), extension.c_str()) == 0;
+}

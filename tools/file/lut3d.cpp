@@ -7,9 +7,9 @@
 #include "file/input.h"
 #include "file/output.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
 #include "text/lines.h"
-#include "text/text.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "text/channels.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

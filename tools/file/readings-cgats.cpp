@@ -11,8 +11,8 @@
 #include "file/input.h"
 #include "file/readings.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
 
 namespace {
 

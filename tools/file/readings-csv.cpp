@@ -3,7 +3,7 @@
 #include "file/readings.h"
 #include "text/channels.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "text/channels.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "report/chart.h"
 #include "report/report.h"
 #include "text/channels.h"
-#include "text/text.h"
+#include "text/format.h"
 #include "vexo-cs.h"
 
 namespace {

@@ -10,8 +10,8 @@
 #include "file/csv.h"
 #include "file/input.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/json.h"
-#include "text/text.h"
 #include "vexo-cs.h"
 
 namespace {

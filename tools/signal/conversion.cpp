@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

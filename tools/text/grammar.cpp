@@ -6,8 +6,8 @@
 #include <cmath>
 
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/hints.h"
-#include "text/text.h"
 
 namespace {
 
