@@ -2,7 +2,7 @@
 #include "file/csv.h"
 #include "file/import.h"
 #include "file/panel.h"
-#include "text/text.h"
+#include "text/format.h"
 #include "tool.h"
 
 namespace {

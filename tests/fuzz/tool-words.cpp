@@ -6,9 +6,12 @@
 
 #include "bits.h"
 #include "calibration/target.h"
+#include "colour/spaces.h"
 #include "file/csv.h"
+#include "signal/signal.h"
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
+#include "text/hints.h"
 #include "tool.h"
 
 namespace {

@@ -83,7 +83,7 @@ TEST_F(ColourTool, ReadsAListOfColours) {
   EXPECT_EQ(piped.code, 3);
   for (const char *line :
        {"5: '1,,2,3'", "6: 'nan 1 1'", "7: '1 2'", "8: '0x10 1 1'", "9: '1 2 3 4'", "10: '-1 2 3'"}) {
-    EXPECT_TRUE(has(text.err, std::string("vexo: list:") + line + " is no colour")) << text.err;
+    EXPECT_TRUE(has(text.err, std::string("vexo: list:") + line + " is not a colour")) << text.err;
     EXPECT_TRUE(has(piped.err, std::string("vexo: standard input:") + line)) << piped.err;
   }
   const Json list = Json::parse(piped.out, nullptr, false);
@@ -216,17 +216,18 @@ TEST_F(ColourTool, ExplainsUsage) {
     int code;
     const char *message;
   } cases[] = {
-      {"color", 2, "expected one colour, or --file with many"},
-      {"color 1,2,3 --file list", 2, "expected one colour, or --file with many"},
+      {"color", 2, "expected either VALUE or --file"},
+      {"color 1,2,3 --file list", 2, "expected either VALUE or --file"},
       {"color 1,2", 2, "VALUE '1,2': expected three numbers separated by commas"},
       {"color 1,2,3 --in xyYY", 2, "did you mean xyY?"},
-      {"color -- -1,2,3", 3, "VALUE '-1,2,3' is no colour in XYZ"},
-      {"color 0.3,0,50 --in xyY", 3, "is no colour in xyY"},
-      {"color 0.3,0,50 --in uvY", 3, "is no colour in uvY"},
-      {"delta 1,2,3 1,-2,3", 3, "COLOR2 '1,-2,3' is no colour in XYZ"},
+      {"color -- -1,2,3", 3, "VALUE '-1,2,3' is not a colour in XYZ"},
+      {"color 0.3,0,50 --in xyY", 3, "is not a colour in xyY"},
+      {"color 0.3,0,50 --in uvY", 3, "is not a colour in uvY"},
+      {"delta 1,2,3 1,-2,3", 3, "COLOR2 '1,-2,3' is not a colour in XYZ"},
       {"space bt708", 2, "did you mean bt709?"},
       {"dci 1,1,1 --from xyz --to XYZk", 2, "did you mean XYZq?"},
-      {"dci 1,1,1 --from xyz --to rgb --bits 32", 2, "--bits '32': expected a whole number from 1 to 31"},
+      {"dci 1,1,1 --from xyz --to rgb --bits 32", 2, "--bits: Value 32 not in range 1 to 31"},
+      {"dci 1,1,1 --from xyz --to rgb --bits 010", 2, "--bits: Value 010 is not written in plain decimal digits"},
       {"gray panel.xml --step 3", 2, "did you mean --steps?"},
       {"gray panel.xml --steps 1", 2, "--steps: Value 1 not in range 2 to 1024"},
       {"gray panel.xml bad.txt", 3, "bad.txt: the file ends after 1 lines of data, expected 4"},

@@ -92,6 +92,8 @@ TEST_F(CscTool, WarnsOfRegistersThatSaturate) {
             R"(["gain[0][0]","gain[0][2]","gain[1][0]","gain[1][2]","gain[2][0]","gain[2][1]",)"
             R"("offset[0]","offset[2]","max[0]","max[1]","max[2]"])");
   EXPECT_TRUE(run("csc --registers rgb:full:10 ycbcr:video:10").err.empty());
+  EXPECT_EQ(json("rgb:full:8 rgb:full:8 --gain 3.99951171875,1,1")["registers"]["saturated"].size(), 0U);
+  EXPECT_EQ(json("rgb:full:8 rgb:full:8 --gain 4,1,1")["registers"]["saturated"].size(), 1U); // by one step
   for (const Json &document :
        {all, json("rgb:full:10 ycbcr:video:10 --space bt2020")}) { // over the corners of the cube
     const double top = document == all ? 255.0 : 1023.0;
@@ -187,8 +189,8 @@ TEST_F(CscTool, ExplainsUsage) {
       {"ycbcr:full:10:yyy rgb:full:10", "an order of y, cb and cr, such as cbycr"},
       {"rgb:full:10 rgb:full:10 --spac bt709", "did you mean --space?"},
       {"rgb:full:10 rgb:full:10 --space bt70", "did you mean bt709?"},
-      {"rgb:full:10 rgb:full:10 --space bt709 --to-space bt2020", "--space names both colour spaces"},
-      {"rgb:full:10 rgb:full:10 --to-space bt2020", "--from-space and --to-space go together"},
+      {"rgb:full:10 rgb:full:10 --space bt709 --to-space bt2020", "--space excludes --to-space"},
+      {"rgb:full:10 rgb:full:10 --to-space bt2020", "--to-space requires --from-space"},
       {"rgb:full:10 rgb:full:10 --apply 1,2", "--apply '1,2': expected three numbers"},
   };
   for (const auto &c : cases) {

@@ -146,5 +146,10 @@ TEST_F(FaultsTool, OddBytesAreText) {
   const std::string html = contents(path("r.html"));
   EXPECT_TRUE(has(html, "p\xef\xbf\xbd&lt;&amp;%s &quot;\xc3\xa4.xml"));
   EXPECT_FALSE(has(html, "\xff"));
+  // The command line in a report can be given to a shell again.
+  save(path("it's.xml"), contents(path("panel.xml")));
+  const std::string arguments = R"(calibrate 'it'\''s.xml' -o l.txt --json r.json --gamma 2.4)";
+  ASSERT_EQ(run(arguments).code, 0);
+  EXPECT_EQ(nlohmann::json::parse(contents(path("r.json")))["command_line"], "vexo " + arguments);
   EXPECT_TRUE(has(run("calibrate 'none %s\xff.xml' -o l.txt").err, "vexo: none %s\xff.xml: cannot read: No such file"));
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Three grid points an axis, no two channels or axes alike, every value a code of 10 bits.
+// Three grid points per axis. No two channels or axes are alike. Every value is a code of 10 bits.
 int code(int channel, int ri, int gi, int bi) {
   return channel == 0 ? 100 * ri + 3 : channel == 1 ? 200 * gi + 7 : 300 * bi + 11;
 }
@@ -155,11 +155,11 @@ TEST_F(Lut3dTool, RefusesBeforeAnythingIsWritten) {
       {"in.cube o --to dat-old --size 257", "257 grid points: the format dat-old carries 2 to 256"},
       {"in.cube o --to dat-old --size 33 --bits 4", "--bits 4: too few for the lattice of 33 points"},
       {"in.cube o.coe --size 1", "1 grid points: the format coe carries 2 and more"},
-      {"in.cube o.cube --size 0", "--size '0': expected a whole number from 1 to 1024"},
+      {"in.cube o.cube --size 0", "--size: Value 0 not in range 1 to 1024"},
       {"in.cube o.txt", "--to eecolor: this format can be read only"},
       {"in.cube o", "o: its name tells no format, expected --to with one of cube"},
       {"in.cube o --to coee", "did you mean coe?"},
-      {"in.cube o.cube --from debug", "--from debug: this format can be written only"},
+      {"in.cube o.cube --from debug", "--from: debug not in {cube,cfe,dat,eecolor}"},
       {"in.cube o.cube --title 'a\"b'", "--title: the format cube carries up to 246 bytes without quotes"},
       {"in.cube o.cube --title \"$(printf 'a\\nLUT_3D_SIZE 9')\"", "without quotes and line breaks"},
       {"in.cube", "OUT is required"},
@@ -168,7 +168,7 @@ TEST_F(Lut3dTool, RefusesBeforeAnythingIsWritten) {
     refuses(std::string("convert ") + c.arguments, 2, c.message);
   }
   refuses("convrt in.cube o.cube", 2, "did you mean convert?");
-  refuses("identity o.cube --size 1", 2, "a whole number from 2 to 1024");
+  refuses("identity o.cube --size 1", 2, "--size: Value 1 not in range 2 to 1024");
   EXPECT_EQ(run("lut3d convert in.cube o --to dat-old --size 32 --bits 4").code, 0);
   EXPECT_EQ(files(), 5); // panel.xml in.cube o out err
 }

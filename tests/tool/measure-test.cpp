@@ -78,7 +78,7 @@ TEST_F(Tool, ImportsReadings) {
 
   std::string many;
   for (int i = 0; i <= 126; i++) {
-    many += std::to_string(i) + ",1,1,1,1,1,1,1,1," + std::to_string(i + 1) + "\n";
+    many += std::to_string(i) + ",2,1,1,1,1,1,1,1," + std::to_string(i + 1) + "\n";
   }
   save(path("many.csv"), many);
   const Result r = run("measure import many.csv -o many.xml");
@@ -88,6 +88,7 @@ TEST_F(Tool, ImportsReadings) {
   ASSERT_EQ(lcnr.num, 64);
   for (int i = 0; i < 64; i++) {
     EXPECT_EQ(lcnr.sample[i], static_cast<float>(2 * i));
+    EXPECT_EQ(lcnr.data[0][0][i], 2.0F); // each channel keeps the black that its own ramp was read with
     EXPECT_EQ(lcnr.data[2][2][i], static_cast<float>(2 * i + 1));
   }
 }
@@ -100,8 +101,9 @@ TEST_F(Tool, SaysWhatIsWrongWithReadings) {
       {ti3(kSets, "12"), "not CGATS: Count mismatch. NUMBER_OF_SETS was 12, found 11"},
       {replaced(ti3(kSets, "11"), "FIELDS 7", "FIELDS -3"), "not CGATS: AllocateDataFormat: Unknown NUMBER_OF_FIELDS"},
       {replaced(ti3(kSets, "11"), "XYZ_X", "LAB_L"), "no table with the columns RGB_R RGB_G RGB_B XYZ_X"},
-      {replaced(ti3(kSets, "11"), "9.5 4.75", "9.5 dark"), "readings: data set 4: XYZ_Y is no number"},
-      {replaced(ti3(kSets, "11"), "4 50 0", "4 50 -1"), "readings: data set 4: RGB_G is no number, or below 0"},
+      {replaced(ti3(kSets, "11"), "9.5 4.75", "9.5 dark"), "readings: data set 4: XYZ_Y is 'dark', expected a number"},
+      {replaced(ti3(kSets, "11"), "4 50 0", "4 50 -1"),
+       "readings: data set 4: RGB_G is '-1', expected a number of 0 or more"},
       {replaced(ti3(kSets, "11"), "DESCRIPTOR", ".INCLUDE"), "holds .INCLUDE, expected all readings in one file"},
       {ti3("1 50 50 50 1 1 1\n", "1"), "no channel driven alone in 1 readings"},
       {"", "readings: no channel driven alone in 0 readings"},

@@ -11,7 +11,7 @@
 #include "file/input.h"
 #include "text/channels.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

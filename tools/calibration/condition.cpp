@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

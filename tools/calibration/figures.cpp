@@ -7,7 +7,7 @@
 #include <numeric>
 
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "calibration/solve.h"
 #include "text/channels.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 #include "text/verbose.h"
 
 namespace {

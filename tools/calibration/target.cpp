@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
 
 namespace {
 

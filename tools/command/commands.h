@@ -10,8 +10,10 @@ class App;
 }
 
 void add_calibrate(CLI::App &app, const std::string &command_line);
-void add_colour(CLI::App &app); // color, delta, space, dci
+void add_color(CLI::App &app);
 void add_csc(CLI::App &app);
+void add_dci(CLI::App &app);
+void add_delta(CLI::App &app);
 void add_gray(CLI::App &app);
 void add_import(CLI::App &measure); // a command of measure
 void add_lut1d(CLI::App &app);
@@ -19,5 +21,6 @@ void add_lut3d(CLI::App &app);
 void add_measure(CLI::App &app);
 void add_refine(CLI::App &app);
 void add_report(CLI::App &app, const std::string &command_line);
+void add_space(CLI::App &app);
 
 #endif

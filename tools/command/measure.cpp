@@ -5,6 +5,7 @@
 #include "command/shared-options.h"
 #include "report/measurements.h"
 #include "text/failure.h"
+#include "text/json.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include "file/input.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
-#include "text/text.h"
 
 namespace {
 
@@ -40,9 +40,8 @@ float csv_number(const std::string &path, const CsvLine &line, size_t column) {
   const std::string &field = line.fields[column];
   const auto value = finite_number(field);
   if (!value) {
-    throw Failure(kInputError, csv_place(path, line) + format(": column %zu is '%s', expected a number with a "
-                                                              "decimal point",
-                                                              column + 1, field.c_str()));
+    refuse_input(csv_place(path, line),
+                 format("column %zu is '%s', expected a number with a decimal point", column + 1, field.c_str()));
   }
   return *value;
 }
@@ -55,8 +54,7 @@ std::vector<GrayReading> read_gray(const std::string &path) {
   std::vector<GrayReading> readings;
   for (const CsvLine &line : csv_lines(read_text(path, "a gray ramp"))) {
     if (line.fields.size() != 4) {
-      throw Failure(kInputError,
-                    csv_place(path, line) + format(": %zu columns, expected 4 (level,X,Y,Z)", line.fields.size()));
+      refuse_input(csv_place(path, line), format("%zu columns, expected 4 (level,X,Y,Z)", line.fields.size()));
     }
     readings.push_back({csv_number(path, line, 0),
                         {{csv_number(path, line, 1), csv_number(path, line, 2), csv_number(path, line, 3)}}});

@@ -12,8 +12,8 @@ struct CsvLine {
   std::vector<std::string> fields; // without the blanks around them
 };
 
-// The lines that hold anything, without comments (#) and without a heading: a first line whose first field is no
-// number.
+// The lines that hold anything, without comments (#) and without a heading, which is a first line whose first field is
+// not a number.
 std::vector<CsvLine> csv_lines(const std::string &text);
 
 // A field as a finite number, or a Failure (input) that names file, line and column.
@@ -28,7 +28,7 @@ struct GrayReading {
   vexo_vector XYZ;
 };
 
-// A measured gray ramp, level,X,Y,Z a line; a Failure (input) where a line is anything else.
+// A measured gray ramp, level,X,Y,Z per line. Throws a Failure (input) where a line is anything else.
 std::vector<GrayReading> read_gray(const std::string &path);
 
 #endif

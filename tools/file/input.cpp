@@ -1,5 +1,6 @@
 #include "file/input.h"
 
+#include <strings.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -11,14 +12,10 @@
 
 namespace {
 
-const size_t kLongestText = 4 << 20; // far more than measurements need; what is made of it takes some 100 times as much
-
-[[noreturn]] void refuse(const std::string &path, const std::string &what) {
-  throw Failure(kInputError, input_name(path) + ": " + what);
-}
+const size_t kLongestText = 4 << 20; // far more than measurements need; parsing takes some 100 times as much memory
 
 [[noreturn]] void refuse_errno(const std::string &path) {
-  refuse(path, std::string("cannot read: ") + std::strerror(errno));
+  refuse_input(input_name(path), std::string("cannot read: ") + std::strerror(errno));
 }
 
 // Pipes cannot be read twice, so standard input goes to a temporary file first.
@@ -53,8 +50,8 @@ File open_input(const std::string &path, const char *expected) {
     refuse_errno(path);
   }
   if (!S_ISREG(info.st_mode)) {
-    refuse(path,
-           std::string(S_ISDIR(info.st_mode) ? "is a directory" : "is not a regular file") + ", expected " + expected);
+    refuse_input(path, std::string(S_ISDIR(info.st_mode) ? "is a directory" : "is not a regular file") + ", expected " +
+                           expected);
   }
   File f(std::fopen(path.c_str(), "r"));
   if (f == nullptr) {
@@ -71,7 +68,7 @@ std::string read_text(const std::string &path, const char *expected) {
     length = std::fread(block.data(), 1, block.size(), f.get());
     text.append(block.data(), length);
     if (text.size() > kLongestText) {
-      refuse(path, std::string("larger than 4 MB, expected ") + expected);
+      refuse_input(input_name(path), std::string("larger than 4 MB, expected ") + expected);
     }
   }
   if (std::ferror(f.get()) != 0) {
@@ -81,3 +78,8 @@ std::string read_text(const std::string &path, const char *expected) {
 }
 
 std::string input_name(const std::string &path) { return path == "-" ? "standard input" : path; }
+
+bool has_extension(const std::string &path, const std::string &extension) {
+  return path.size() > extension.size() &&
+         strcasecmp(path.c_str() + path.size() - extension.size(), extension.c_str()) == 0;
+}

@@ -20,4 +20,7 @@ std::string read_text(const std::string &path, const char *expected);
 // The name of an input in messages.
 std::string input_name(const std::string &path);
 
+// Whether a file's name ends so, in letters of either case.
+bool has_extension(const std::string &path, const std::string &extension);
+
 #endif

@@ -7,9 +7,9 @@
 #include "file/input.h"
 #include "file/output.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
 #include "text/lines.h"
-#include "text/text.h"
 
 namespace {
 
@@ -381,3 +381,15 @@ Lut3d resampled(vexo_3dlut *src, int size) {
 }
 
 std::string lut3d_format_names() { return join(format_names()); }
+
+std::vector<std::string> lut3d_input_formats() { return {"cube", "cfe", "dat", "eecolor"}; }
+
+std::vector<std::string> lut3d_output_formats() {
+  std::vector<std::string> names;
+  for (const Format &format : kFormats) {
+    if (format.write != nullptr) {
+      names.emplace_back(format.name);
+    }
+  }
+  return names;
+}

@@ -55,4 +55,7 @@ Lut3d resampled(vexo_3dlut *src, int size);
 
 std::string lut3d_format_names();
 
+std::vector<std::string> lut3d_input_formats();
+std::vector<std::string> lut3d_output_formats();
+
 #endif

@@ -9,8 +9,8 @@
 #include "file/input.h"
 #include "text/channels.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/lines.h"
-#include "text/text.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "file/output.h"
 #include "text/channels.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 #include "vexo-cs.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "report/markup.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

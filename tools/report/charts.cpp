@@ -6,7 +6,7 @@
 
 #include "report/markup.h"
 #include "text/channels.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The gray ramp and its figures as text.
 #include "report/report.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "report/report.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

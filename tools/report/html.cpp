@@ -5,7 +5,7 @@
 #include "report/markup.h"
 #include "report/report.h"
 #include "style.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include "file/input.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/json.h"
-#include "text/text.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
+#include "text/format.h"
 #include "text/json.h"
-#include "text/text.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "calibration/figures.h"
 #include "text/channels.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

@@ -19,4 +19,9 @@ struct Failure {
   std::string text; // one sentence, without "vexo: " and without a line break
 };
 
+// where: "FILE" or "FILE:LINE"
+[[noreturn]] inline void refuse_input(const std::string &where, const std::string &what) {
+  throw Failure(kInputError, where + ": " + what);
+}
+
 #endif

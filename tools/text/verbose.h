@@ -1,4 +1,4 @@
-// What the tool does, step by step, for those who ask with -v.
+// The steps of a run, printed for a user who asks with -v.
 #ifndef VEXO_TOOLS_VERBOSE_H
 #define VEXO_TOOLS_VERBOSE_H
 
@@ -6,7 +6,7 @@
 
 void be_verbose();
 
-// One line on standard error when asked for.
+// Prints one line on standard error after be_verbose().
 void say(const std::string &step);
 
 #endif

@@ -1,9 +1,7 @@
-#include "text/text.h"
+#include "text/format.h"
 
 #include <cstdarg>
 #include <cstdio>
-
-#include <strings.h>
 
 std::string format(const char *pattern, ...) {
   va_list args;
@@ -22,9 +20,4 @@ std::string join(const std::vector<std::string> &words) {
     text += (text.empty() ? "" : " ") + word;
   }
   return text;
-}
-
-bool has_extension(const std::string &path, const std::string &extension) {
-  return path.size() > extension.size() &&
-         strcasecmp(path.c_str() + path.size() - extension.size(), extension.c_str()) == 0;
 }

@@ -1,6 +1,6 @@
-// Small texts.
-#ifndef VEXO_TOOLS_TEXT_H
-#define VEXO_TOOLS_TEXT_H
+// Texts made of parts.
+#ifndef VEXO_TOOLS_FORMAT_H
+#define VEXO_TOOLS_FORMAT_H
 
 #include <string>
 #include <vector>
@@ -10,8 +10,5 @@ std::string format(const char *pattern, ...) __attribute__((format(printf, 1, 2)
 
 // The words with a blank between them.
 std::string join(const std::vector<std::string> &words);
-
-// Whether a file's name ends so, in letters of either case.
-bool has_extension(const std::string &path, const std::string &extension);
 
 #endif
