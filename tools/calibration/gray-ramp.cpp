@@ -5,7 +5,7 @@
 #include "file/csv.h"
 #include "file/input.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 

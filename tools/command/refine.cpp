@@ -7,7 +7,7 @@
 #include "command/shared-options.h"
 #include "file/output.h"
 #include "text/failure.h"
-#include "text/text.h"
+#include "text/format.h"
 
 namespace {
 
