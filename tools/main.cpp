@@ -54,7 +54,7 @@ int run(int argc, char **argv) {
   add_measure(app);
   const std::string typed = command_line(argc, argv);
   add_calibrate(app, typed);
-  add_refine(app);
+  add_refine(app, typed);
   add_report(app, typed);
   add_gray(app);
   add_lut1d(app);

@@ -164,6 +164,12 @@ Ramp GrayTarget::ideal() const {
   return judge(std::move(grays));
 }
 
+Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &target) {
+  std::vector<GrayFigure> grays = predict(model, luts.get());
+  const double peak = grays.back().XYZ.d[1];
+  return GrayTarget(target, primaries_of(model), peak).judge(std::move(grays)).summary.de2000;
+}
+
 vexo_cs primaries_of(const PanelModel &model) {
   const vexo_vector r = single(model.XYZ({1.0, 0.0, 0.0}));
   const vexo_vector g = single(model.XYZ({0.0, 1.0, 0.0}));

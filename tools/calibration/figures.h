@@ -10,6 +10,7 @@
 
 #include "calibration/panel-model.h"
 #include "calibration/target.h"
+#include "file/luts.h"
 #include "vexo-cs.h"
 #include "vexo-gamma.h"
 
@@ -97,6 +98,9 @@ private:
   Triple white_; // XYZ at the peak
   vexo_matrix to_balance_;
 };
+
+// CIEDE2000 of the ramp that the model predicts through LUTs, against the target at its own peak.
+Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &target);
 
 // The primaries and the white of the panel at full drive. Throws a Failure (input) where they span no triangle.
 vexo_cs primaries_of(const PanelModel &model);

@@ -19,7 +19,7 @@ void add_import(CLI::App &measure); // a command of measure
 void add_lut1d(CLI::App &app);
 void add_lut3d(CLI::App &app);
 void add_measure(CLI::App &app);
-void add_refine(CLI::App &app);
+void add_refine(CLI::App &app, const std::string &command_line);
 void add_report(CLI::App &app, const std::string &command_line);
 void add_space(CLI::App &app);
 

@@ -4,8 +4,7 @@
 #include "calibration/recipe.h"
 #include "calibration/refine.h"
 #include "command/commands.h"
-#include "command/shared-options.h"
-#include "file/output.h"
+#include "command/delivery.h"
 #include "text/failure.h"
 #include "text/format.h"
 
@@ -14,48 +13,75 @@ namespace {
 struct Options {
   PanelOptions panel;
   std::string luts;
-  std::string measured;
   std::string output;
   TargetOptions target;
+  ReportOptions report; // verify: the measured ramp
 };
 
-double mean_error(const PanelModel &model, LutSet &luts, const Target &target) {
-  std::vector<GrayFigure> grays = predict(model, luts.get());
-  const double peak = grays.back().XYZ.d[1];
-  return GrayTarget(target, primaries_of(model), peak).judge(std::move(grays)).summary.de2000.mean;
+// Keeps the LUTs as they are when the new ones are no better by more than the readings can tell. Throws a Failure
+// (limit) when the new ones are worse by more than that.
+bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, LutSet &before, Correction &correction) {
+  const double old_error = predicted_error(correction.model, before, target).mean;
+  const double new_error = predicted_error(correction.model, correction.luts, target).mean;
+  const double noise = noise_difference(ramp, target.white);
+  if (new_error - old_error > noise) {
+    throw Failure(kLimitMissed,
+                  format("the refined LUTs would be worse: mean CIEDE2000 %.4f, %s has %.4f; no LUTs were "
+                         "written",
+                         new_error, options.luts.c_str(), old_error));
+  }
+  if (old_error - new_error > noise) {
+    return false;
+  }
+  correction.remarks = {
+      format("the LUTs stay as in %s: refined ones would gain %.4f CIEDE2000, these readings can tell "
+             "%.4f",
+             options.luts.c_str(), std::max(old_error - new_error, 0.0), noise)};
+  return true;
 }
 
-void run(const Options &options) {
+void run(const Options &options, const std::string &command_line) {
   PanelInput input = read_panel_input(options.panel);
   const Target target = parse_target(options.target);
-  LutScan scan = scan_luts(options.luts, "integer");
+  const LutScan scan = scan_luts(options.luts, "integer");
   LutSet before = load_luts(scan);
-  const GrayRamp ramp = read_gray_ramp(options.measured, input.panel);
+  const GrayRamp ramp = read_gray_ramp(options.report.verify, input.panel);
   input.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
-  const RecipeJob job = {&recipe_named("solve"), target, true, before.size(), scan.bits, input.grays};
+  const RecipeJob job = {&recipe_named("solve"), target,    options.panel.conditions(),
+                         before.size(),          scan.bits, input.grays};
   Correction correction = correct(input.panel, job);
-  const double old_error = mean_error(correction.model, before, target);
-  const double new_error = mean_error(correction.model, correction.luts, target);
-  const double noise = noise_difference(ramp, target.white);
-  std::printf("old %.4f new %.4f noise %.4f\n", old_error, new_error, noise);
-  if (new_error - old_error > noise) {
-    throw Failure(kLimitMissed, "worse");
+  const bool kept = keeps(options, ramp, target, before, correction);
+  if (kept) {
+    correction.luts = resampled(before, before.size());
+    correction.exact = resampled(before, before.size());
   }
-  const bool keep = old_error - new_error < noise;
-  OutputFile file(options.output);
-  vexo_luts_store_int(file.stream(), (keep ? before : correction.luts).get(), scan.bits);
-  file.commit();
+  deliver({&input, &job, &correction, options.output, options.report, kept ? "" : options.luts, command_line});
 }
 
 } // namespace
 
-void add_refine(CLI::App &app) {
+void add_refine(CLI::App &app, const std::string &command_line) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("refine", "Make better LUTs from a gray ramp measured through LUTs");
   add_panel_options(command, options->panel);
-  command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file")->required();
-  command->add_option("MEASURED.csv", options->measured, "Gray ramp")->required();
-  command->add_option("-o,--output", options->output, "LUT file to write")->required();
+  command
+      ->add_option("LUTS.txt", options->luts, "LUTs that the ramp was measured through, a three-channel integer file")
+      ->required();
+  command
+      ->add_option("MEASURED.csv", options->report.verify,
+                   "Gray ramp measured through LUTS.txt, CSV of level,X,Y,Z; a level stands for the input, in the unit "
+                   "of the panel file")
+      ->required();
+  command->add_option("-o,--output", options->output, "LUT file to write; - for standard output")->required();
   add_target_options(command, options->target);
-  command->callback([options] { run(*options); });
+  command->add_option("--report", options->report.html, "HTML report to write; - for standard output");
+  add_figure_options(command, options->report);
+  command->footer(
+      "Example: vexo refine panel.xml luts.txt measured.csv -o refined.txt --gray bare.csv\n\n"
+      "Give the target as to calibrate. Noise of 0.2 % and 0.002 cd/m2 is expected in the readings. A step that they\n"
+      "cannot tell from noise is not taken: the LUTs are then written as they were.\n\n"
+      "Exit status: 0 done; 1 the LUTs would be worse (none are written), the gray ramp is worse than without LUTs, "
+      "or\n"
+      "a limit is missed; 2 usage; 3 input unreadable or invalid; 4 output failed.");
+  command->callback([options, command_line] { run(*options, command_line); });
 }

@@ -3,6 +3,7 @@
 
 #include "command/commands.h"
 #include "command/shared-options.h"
+#include "report/verdict.h"
 #include "text/failure.h"
 
 namespace {
@@ -31,7 +32,9 @@ void run(const Options &options, const std::string &command_line) {
   source.limits = options.report.limits;
   const Report report = make_report(source);
   write_reports(options.report, report);
+  std::fprintf(options.report.html == "-" ? stderr : stdout, "%s\n", verdict(report).c_str());
   judge_limits(report.limits);
+  fail_when_worse(report, "the report was written");
 }
 
 } // namespace

@@ -7,7 +7,9 @@
 #include "calibration/condition.h"
 #include "calibration/gray-ramp.h"
 #include "file/output.h"
+#include "report/verdict.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/grammar.h"
 #include "text/verbose.h"
 
@@ -95,14 +97,18 @@ PanelModel model_of(const PanelInput &input) {
   return std::move(*model);
 }
 
-void add_report_options(CLI::App *command, ReportOptions &options) {
+void add_figure_options(CLI::App *command, ReportOptions &options) {
   command->add_option("--json", options.json, "Write every figure of the report as JSON");
   command->add_option("--csv", options.csv, "Write the table of gray steps as CSV");
-  command->add_option("--verify", options.verify,
-                      "Gray ramp measured through the LUTs, CSV of level,X,Y,Z: the verdict is then about it");
   command->add_option(
       "--limits", options.limits,
       "JSON file of limits, such as {\"de2000_mean\": 1, \"luminance\": {\"min\": 200}}; exit 1 when one is missed");
+}
+
+void add_report_options(CLI::App *command, ReportOptions &options) {
+  add_figure_options(command, options);
+  command->add_option("--verify", options.verify,
+                      "Gray ramp measured through the LUTs, CSV of level,X,Y,Z: the verdict is then about it");
 }
 
 void write_reports(const ReportOptions &options, const Report &report) {
@@ -120,6 +126,15 @@ void judge_limits(const std::vector<LimitResult> &limits) {
   }
   if (!missed.empty()) {
     throw Failure(kLimitMissed, "limits missed:" + missed);
+  }
+}
+
+void fail_when_worse(const Report &report, const std::string &written) {
+  if (makes_worse(report)) {
+    throw Failure(kLimitMissed,
+                  format("the LUTs make the gray ramp worse: mean CIEDE2000 %.4f, without them %.4f (%s); ",
+                         judged(report).de2000.mean, report.before.summary.de2000.mean, basis(report)) +
+                      written);
   }
 }
 

@@ -59,7 +59,10 @@ struct ReportOptions {
   std::string limits;
 };
 
-// All but the option for the HTML file, which each command names itself.
+// --json, --csv, --limits.
+void add_figure_options(CLI::App *command, ReportOptions &options);
+
+// These and --verify. The option for the HTML file each command names itself.
 void add_report_options(CLI::App *command, ReportOptions &options);
 
 // Writes the files that the options name.
@@ -67,6 +70,10 @@ void write_reports(const ReportOptions &options, const Report &report);
 
 // Prints each limit on standard error. Throws a Failure (limit) when one is missed.
 void judge_limits(const std::vector<LimitResult> &limits);
+
+// Throws a Failure (limit) when the LUTs leave the gray ramp worse than it is without them. written says what became of
+// the LUTs.
+void fail_when_worse(const Report &report, const std::string &written);
 
 // "vexo: TEXT" on standard error.
 void warn(const std::string &text);

@@ -1,14 +1,16 @@
 // The gray ramp and its figures as text.
 #include "report/report.h"
+#include "report/verdict.h"
 #include "text/format.h"
 
 namespace {
 
 void print_tenths(const Report &report, std::FILE *f) {
-  std::fputs("\nGray ramp, a prediction of the additive panel model from these measurements, not a reading:\n"
-             "             target            before                     after\n"
-             "  input    luminance   luminance  white error   luminance  white error\n",
-             f);
+  std::fprintf(f,
+               "\nGray ramp, %s:\n"
+               "             target            before                     after\n"
+               "  input    luminance   luminance  white error   luminance  white error\n",
+               prediction_basis(report));
   const size_t last = report.after.grays.size() - 1;
   for (size_t tenth = 1; tenth <= 10; tenth++) {
     const size_t i = tenth * last / 10;
@@ -45,4 +47,5 @@ void write_gray_ramp(const Report &report, std::FILE *f) {
                  exact.worst);
   }
   print_spreads(f, "  below that, near black", before.near_black, after.near_black, "CIEDE2000");
+  std::fprintf(f, "\n%s\n", verdict(report).c_str());
 }

@@ -4,6 +4,7 @@
 #include "report/charts.h"
 #include "report/markup.h"
 #include "report/report.h"
+#include "report/verdict.h"
 #include "style.h"
 #include "text/format.h"
 
@@ -48,11 +49,11 @@ std::string summary_table(const Report &report) {
                     column("after (predicted)") + (report.measured ? column("measured") : "") + kTableBody;
   const auto before = figures_of(report.before.summary, report.black);
   const auto after = figures_of(report.after.summary, report.black);
-  const auto judged_figures = figures_of(judged(report), report.black);
+  const auto measured = figures_of(report.measured ? report.measured->summary : Summary{}, report.black);
   for (size_t i = 0; i < before.size(); i++) {
     const int decimals = before[i].decimals;
     out += row(before[i].name, cell(number(before[i].value, decimals)) + cell(number(after[i].value, decimals)) +
-                                   (report.measured ? cell(number(judged_figures[i].value, decimals)) : ""));
+                                   (report.measured ? cell(number(measured[i].value, decimals)) : ""));
   }
   return out + kTableEnd;
 }
@@ -158,12 +159,9 @@ std::string head(const Report &report) {
          "<title>Calibration report</title>\n<style>\n" +
          std::string(kStyle) + "</style>\n</head>\n<body>\n<h1>Calibration report</h1>\n<p class=\"verdict\">" +
          escaped(verdict(report)) + "</p>\n<p>" +
-         (report.measured
-              ? "The verdict is about the measured ramp; figures named predicted come from the additive panel model "
-                "and the panel's measurements."
-              : "All figures are predictions of the additive panel model from the measurements; nothing was measured "
-                "after the calibration.") +
-         "</p>\n";
+         (judges_measured(report) ? std::string("The verdict is about the measured ramp. Figures named predicted are ")
+                                  : std::string("The figures through the LUTs are ")) +
+         prediction_basis(report) + ".</p>\n";
 }
 
 std::string chart_section(const Report &report) {

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "report/report.h"
+#include "report/verdict.h"
 #include "text/json.h"
 
 namespace {
@@ -68,7 +69,8 @@ Json json_source(const Report &report) {
           {"date", report.date},
           {"tool", "vexo " VEXO_VERSION},
           {"command_line", source.command_line},
-          {"prediction", !report.measured},
+          {"prediction", !judges_measured(report)},
+          {"basis", basis(report)},
           {"verdict", verdict(report)},
           {"recipe", source.recipe},
           {"luts", source.luts_name},

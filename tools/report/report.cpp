@@ -118,17 +118,10 @@ Report make_report(const ReportSource &source) {
   return report;
 }
 
-const Summary &judged(const Report &report) {
-  return report.measured ? report.measured->summary : report.after.summary;
-}
+bool judges_measured(const Report &report) { return report.measured && report.source.measured_through.empty(); }
 
-std::string verdict(const Report &report) {
-  const Spread &de = judged(report).de2000;
-  const char *word = de.mean <= 1.0 && de.worst <= 3.0   ? "Good: the gray ramp shows no visible error"
-                     : de.mean <= 3.0 && de.worst <= 6.0 ? "Fair: errors show side by side with the target"
-                                                         : "Poor: errors show at a glance";
-  return format("%s (%s CIEDE2000 mean %.2f, worst %.2f)", word, report.measured ? "measured" : "predicted", de.mean,
-                de.worst);
+const Summary &judged(const Report &report) {
+  return judges_measured(report) ? report.measured->summary : report.after.summary;
 }
 
 NamedFigures named_figures(const Report &report) {

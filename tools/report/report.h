@@ -23,8 +23,9 @@ struct ReportSource {
   LutSet *exact = nullptr; // the LUTs before rounding to codes; null where unknown
   std::string luts_name;
   std::string command_line;
-  std::string verify; // CSV file of a gray ramp measured through the LUTs; empty: none
-  std::string limits; // JSON file of limits; empty: none
+  std::string verify;           // CSV file of a gray ramp measured through LUTs; empty: none
+  std::string measured_through; // other LUTs that the ramp was measured through; empty: these
+  std::string limits;           // JSON file of limits; empty: none
 };
 
 struct Report {
@@ -49,11 +50,11 @@ struct Report {
 // Computes every figure. Throws a Failure (input).
 Report make_report(const ReportSource &source);
 
-// The summary that verdict and limits are about: the measured ramp's where there is one.
-const Summary &judged(const Report &report);
+// Whether verdict and limits are about the measured ramp: one that was measured through these LUTs.
+bool judges_measured(const Report &report);
 
-// "Good", "Fair" or "Poor", with the reason in figures.
-std::string verdict(const Report &report);
+// The summary that verdict and limits are about.
+const Summary &judged(const Report &report);
 
 // The figures by the names that limits and JSON use.
 NamedFigures named_figures(const Report &report);

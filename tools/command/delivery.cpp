@@ -1,0 +1,85 @@
+#include "command/delivery.h"
+
+#include <cstdio>
+
+#include "file/output.h"
+#include "report/verdict.h"
+#include "text/failure.h"
+#include "text/format.h"
+#include "text/verbose.h"
+
+namespace {
+
+Report report_of(const Delivery &d) {
+  ReportSource source;
+  source.panel = &d.input->panel;
+  source.model = &d.correction->model;
+  source.notes = d.input->notes;
+  source.notes.insert(source.notes.end(), d.correction->remarks.begin(), d.correction->remarks.end());
+  source.target = d.job->target;
+  source.recipe = std::string(d.job->recipe->name) + ": " + d.job->recipe->meaning;
+  source.luts = &d.correction->luts;
+  source.exact = &d.correction->exact;
+  source.luts_name = d.output.empty() ? "not written" : d.output;
+  source.command_line = d.command_line;
+  source.verify = d.report.verify;
+  source.measured_through = d.measured_through;
+  source.limits = d.report.limits;
+  say("predicts the gray ramp");
+  return make_report(source);
+}
+
+void write_luts(const Delivery &d) {
+  OutputFile file(d.output);
+  vexo_luts_store_int(file.stream(), d.correction->luts.get(), d.job->bits);
+  file.commit();
+}
+
+std::string describe_white(const Ramp &ramp) {
+  const vexo_vector &xyY = ramp.summary.white;
+  return format("x %.4f, y %.4f, luminance %.4g", xyY.d[0], xyY.d[1], xyY.d[2]);
+}
+
+void print(const Delivery &d, const Report &report) {
+  std::FILE *f = d.output == "-" ? stderr : stdout;
+  const vexo_lcnr &rows = d.input->panel.lcnr;
+  const Target &target = d.job->target;
+  const double *gains = d.correction->gains;
+  std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", d.input->panel.path.c_str(), rows.num,
+               rows.sample[rows.num - 1]);
+  std::fprintf(f, "Model         %s\n",
+               report.source.model->knows_grays() ? "measured channels and grays" : "measured channels, which add");
+  std::fprintf(f, "Panel white   %s\n", describe_white(report.before).c_str());
+  std::fprintf(f, "Target white  x %.4f, y %.4f (%s)\n", target.white.xyz.d[0], target.white.xyz.d[1],
+               target.white.name.c_str());
+  std::fprintf(f, "White after   %s\n", describe_white(report.after).c_str());
+  std::fprintf(f, "Camera curve  %s\n", describe(target.camera).c_str());
+  std::fprintf(f, "System curve  %s\n", describe(target.system).c_str());
+  std::fprintf(f, "Recipe        %s\n", report.source.recipe.c_str());
+  std::fprintf(f, "Gains         red %.4f, green %.4f, blue %.4f\n", gains[0], gains[1], gains[2]);
+  std::fprintf(f, "LUTs          %s, 3 x %d entries of %d bits\n",
+               d.output.empty()  ? "not written (give -o FILE)"
+               : d.output == "-" ? "standard output"
+                                 : d.output.c_str(),
+               d.job->entries, d.job->bits);
+  for (const std::string &remark : d.correction->remarks) {
+    std::fprintf(f, "              %s\n", remark.c_str());
+  }
+  write_gray_ramp(report, f);
+}
+
+} // namespace
+
+void deliver(const Delivery &d) {
+  const Report report = report_of(d);
+  for (const std::string &warning : d.correction->warnings) {
+    warn(warning);
+  }
+  if (!d.output.empty()) {
+    write_luts(d);
+  }
+  print(d, report);
+  write_reports(d.report, report);
+  judge_limits(report.limits);
+  fail_when_worse(report, d.output.empty() ? "none were written" : d.output + " was written");
+}

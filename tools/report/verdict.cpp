@@ -1,0 +1,69 @@
+#include "report/verdict.h"
+
+#include "text/format.h"
+
+namespace {
+
+// Charts mark the same two differences: 1 is just visible side by side, 3 is visible.
+struct Grade {
+  const char *name;
+  double mean; // the most CIEDE2000
+  double worst;
+  const char *meaning;
+};
+
+const Grade kGrades[] = {
+    {"Good", 1.0, 3.0, "on average, the difference to the target is at most just visible side by side"},
+    {"Fair", 3.0, 6.0, "differences to the target are visible side by side"},
+};
+const char *const kPoor = "differences to the target are visible at a glance";
+
+const char *meaning(int grade) { return grade < 2 ? kGrades[grade].meaning : kPoor; }
+
+std::string figures(const Spread &de) { return format("CIEDE2000 mean %.2f, worst %.2f", de.mean, de.worst); }
+
+std::string measured_verdict(const Report &report) {
+  const Spread &de = report.measured->summary.de2000;
+  const std::string &luts = report.source.measured_through;
+  return format("%s, measured%s: %s (%s)", grade_name(grade(de)), luts.empty() ? "" : (" through " + luts).c_str(),
+                meaning(grade(de)), figures(de).c_str());
+}
+
+std::string predicted_verdict(const Report &report) {
+  const Spread &de = report.after.summary.de2000;
+  if (!report.source.model->knows_grays()) {
+    return format("%s if the channels add (%s: %s). Real panels do not add. Measure the gray ramp of the bare panel "
+                  "and give it with --gray",
+                  grade_name(grade(de)), prediction_basis(report), figures(de).c_str());
+  }
+  return format("%s, %s (%s). Measure the gray ramp through %s to know what a viewer sees", grade_name(grade(de)),
+                prediction_basis(report), figures(de).c_str(),
+                report.source.measured_through.empty() ? "these LUTs" : report.source.luts_name.c_str());
+}
+
+} // namespace
+
+int grade(const Spread &de2000) {
+  int result = 0;
+  while (result < 2 && !(de2000.mean <= kGrades[result].mean && de2000.worst <= kGrades[result].worst)) {
+    result++;
+  }
+  return result;
+}
+
+const char *grade_name(int grade) { return grade < 2 ? kGrades[grade].name : "Poor"; }
+
+const char *prediction_basis(const Report &report) {
+  return report.source.model->knows_grays() ? "predicted from measured grays" : "predicted, channels assumed to add";
+}
+
+const char *basis(const Report &report) { return judges_measured(report) ? "measured" : prediction_basis(report); }
+
+std::string verdict(const Report &report) {
+  if (judges_measured(report)) {
+    return measured_verdict(report);
+  }
+  return (report.measured ? measured_verdict(report) + ". " : "") + predicted_verdict(report);
+}
+
+bool makes_worse(const Report &report) { return !(judged(report).de2000.mean <= report.before.summary.de2000.mean); }
