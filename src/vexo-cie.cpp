@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "base/numbers.h"
+#include "base/codes.h"
 #include "vexo-xyY.h"
 
 using vexo_internal::mix_weighted;

@@ -6,9 +6,13 @@
 #include <cmath>
 #include <cstdint>
 
-#include "numbers.h"
-
 namespace vexo_internal {
+
+// To nearest, halves away from zero, for 0 <= x < 2^31. The integer part is a float, and so is what lies beyond it.
+inline int nearest(float x) {
+  const auto whole = static_cast<int>(x);
+  return whole + (x - static_cast<float>(whole) >= 0.5F ? 1 : 0);
+}
 
 inline bool valid_depth(int nbits) { return nbits >= 1 && nbits <= 30; }
 
