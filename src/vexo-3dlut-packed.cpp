@@ -152,7 +152,7 @@ bool packed_version(uint32_t version) { return version >= kPackedVersion && vers
 namespace {
 
 template <typename Read> vexo_3dlut *filled(OwnedTable lut, int nbits, Read read) {
-  const size_t count = node_count(lut.get());
+  const size_t count = node_count(lut->size);
   const size_t block = 4096;
   for (size_t done = 0; done < count; done += block) {
     uint32_t word[block];
@@ -249,7 +249,7 @@ int items(size_t count) { return static_cast<int>(std::min<size_t>(count, INT_MA
 template <typename Word> int write_table(const vexo_3dlut *lut, FILE *f, uint32_t version, int nbits, int shift) {
   const auto full = static_cast<float>(all_ones(nbits));
   const size_t header = write_header(lut, f, version, nbits, lut->size);
-  return items(header + write_nodes<Word>(lut->d, node_count(lut), Coding{full, full, shift}, f));
+  return items(header + write_nodes<Word>(lut->d, node_count(lut->size), Coding{full, full, shift}, f));
 }
 
 int floor_log2(int n) {

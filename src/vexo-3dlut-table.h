@@ -20,8 +20,8 @@ struct DestroyTable {
 };
 using OwnedTable = std::unique_ptr<vexo_3dlut, DestroyTable>;
 
-// The number of nodes.
-size_t node_count(const vexo_3dlut *lut);
+// The nodes of a table of that size; 0 when the size is below 1 or the host cannot count their bytes.
+size_t node_count(int size);
 
 // A table whose nodes are not set; null when there is no memory for it, or the size is below 1. A size in a header uses
 // no memory until data arrive.

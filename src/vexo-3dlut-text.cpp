@@ -49,13 +49,15 @@ bool next_numbers(Lines *lines, const Collector *collector, size_t entries, floa
   return false;
 }
 
-// Fills the table from lines of so many numbers, the last three of which are the node; other lines are passed over.
+// Reads a table from lines of so many numbers, the last three of which are a node; other lines are passed over. Where
+// there is no memory for it, a collector still hears what is wrong with the file.
 template <size_t kNumbers, typename Lines>
-vexo_3dlut *filled(Lines *lines, OwnedTable lut, const Collector *collector) {
-  if (lut == nullptr) {
+vexo_3dlut *read_nodes(Lines *lines, int size, const char *title, const Collector *collector) {
+  const size_t count = node_count(size);
+  OwnedTable lut = vexo_internal::new_table(size, title);
+  if (count == 0 || (lut == nullptr && collector == nullptr)) {
     return nullptr;
   }
-  const size_t count = node_count(lut.get());
   const auto expected = static_cast<long long>(count);
   float numbers[kNumbers];
   for (size_t i = 0; i < count; i++) {
@@ -63,7 +65,9 @@ vexo_3dlut *filled(Lines *lines, OwnedTable lut, const Collector *collector) {
       tell(collector, remark(Remark::too_few, *lines, static_cast<long long>(i), expected));
       return nullptr;
     }
-    memcpy(lut->d[i].d, numbers + kNumbers - 3, sizeof lut->d[i].d);
+    if (lut != nullptr) {
+      memcpy(lut->d[i].d, numbers + kNumbers - 3, sizeof lut->d[i].d);
+    }
   }
   while (collector != nullptr && next_numbers(lines, collector, count, numbers) &&
          tell(collector, remark(Remark::too_many, *lines, expected, expected))) {
@@ -125,10 +129,10 @@ bool read_size(const char *line, long long *size) {
   return end != text;
 }
 
-// A table as the header tells; no table has a size that is no int.
-OwnedTable new_cube(const CubeHeader &header) {
-  const bool possible = header.size >= 1 && header.size <= INT_MAX;
-  return possible ? vexo_internal::new_table(static_cast<int>(header.size), header.title) : nullptr;
+// Reads the entries; no table has a size that is no int.
+template <typename Lines> vexo_3dlut *read_entries(Lines *lines, const CubeHeader &header, const Collector *collector) {
+  const int size = header.size <= INT_MAX ? static_cast<int>(std::max<long long>(header.size, 0)) : 0;
+  return read_nodes<3>(lines, size, header.title, collector);
 }
 
 // Reads up to the line that tells the size. False without one, or when the collector does not want the size.
@@ -164,7 +168,7 @@ bool read_header(TextLines *lines, CubeHeader *header) {
 long long print_entries(const vexo_3dlut *lut, FILE *f) {
   const NumberLocale locale;
   long long sum = 0;
-  const size_t count = node_count(lut);
+  const size_t count = node_count(lut->size);
   for (size_t i = 0; i < count; i++) {
     char line[3 * vexo_internal::kNumberRoom];
     char *end = line;
@@ -185,7 +189,7 @@ vexo_3dlut *vexo_internal::read_cube(FILE *f, const Collector *collector) {
   const NumberLocale locale;
   FileLines lines(f);
   CubeHeader header;
-  return read_header(&lines, &header, collector) ? filled<3>(&lines, new_cube(header), collector) : nullptr;
+  return read_header(&lines, &header, collector) ? read_entries(&lines, header, collector) : nullptr;
 }
 
 vexo_3dlut *vexo_3dlut_load_cube(FILE *f) { return vexo_internal::read_cube(f, nullptr); }
@@ -207,7 +211,7 @@ vexo_3dlut *vexo_3dlut_cube_load_buf(char *buf, int len) {
     return nullptr;
   }
   lines.stop_at(len);
-  return filled<3>(&lines, new_cube(header), nullptr);
+  return read_entries(&lines, header, nullptr);
 }
 
 int vexo_3dlut_dump_cube(vexo_3dlut *lut, FILE *f) {
@@ -232,7 +236,7 @@ int vexo_3dlut_dump_cfe(vexo_3dlut *lut, FILE *f, const char *model, const char 
 vexo_3dlut *vexo_internal::read_eecolor(FILE *f, int size, const Collector *collector) {
   const NumberLocale locale;
   FileLines lines(f);
-  return filled<6>(&lines, new_table(size, nullptr), collector);
+  return read_nodes<6>(&lines, size, nullptr, collector);
 }
 
 long long vexo_internal::count_eecolor(FILE *f) {

@@ -62,7 +62,7 @@ bool on_axis(const vexo_3dlut *lut, int i) { return i >= 0 && i < lut->size; }
 
 namespace vexo_internal {
 
-size_t node_count(const vexo_3dlut *lut) { return table_bytes(lut->size) / sizeof(vexo_vector); }
+size_t node_count(int size) { return table_bytes(size) / sizeof(vexo_vector); }
 
 OwnedTable new_table(int size, const char *title) { return created(size, title, Nodes::unset); }
 

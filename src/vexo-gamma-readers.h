@@ -9,9 +9,9 @@
 
 namespace vexo_internal {
 
-// vexo_luts_load_int() and vexo_luts_load_file(), with a collector or null. It hears of size and depth, as written or
-// missing, of every entry, of every line that is none and yet takes an entry's place, and of too few lines. For a
-// collector alone the reader looks behind the last entry, and tells each line there as one too many.
+// vexo_luts_load_int() and vexo_luts_load_file(), with a collector or null. It hears of a size line, of the depth, of
+// every entry, of every line that is none and yet takes an entry's place, and of too few lines. For a collector alone
+// the reader looks behind the last entry, and tells each line there as one too many.
 int read_integer_luts(FILE *f, vexo_lut *lut, const Collector *collector);
 int read_decimal_luts(FILE *f, vexo_lut *lut, const Collector *collector);
 

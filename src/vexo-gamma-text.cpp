@@ -141,7 +141,7 @@ bool read_header(LutLines *lines, const Layout &layout, Header *header, const Co
     return false;
   }
   const bool has_size = sscanf(lines->text(), "LUT_1D_SIZE %lld", &size) == 1;
-  if (!tell(collector, remark(has_size ? Remark::size : Remark::no_size, *lines, size, 0))) {
+  if (has_size && !tell(collector, remark(Remark::size, *lines, size, 0))) {
     return false;
   }
   header->size = low_int(size);
@@ -156,7 +156,8 @@ bool read_header(LutLines *lines, const Layout &layout, Header *header, const Co
   }
   const bool has_bits = has_size && sscanf(lines->text(), "LUT_1D_BITS %lld", &nbits) == 1;
   header->nbits = low_int(nbits);
-  return tell(collector, remark(has_bits ? Remark::bits : Remark::no_bits, *lines, nbits, 0)) &&
+  return tell(collector, has_bits ? remark(Remark::bits, *lines, nbits, header->size)
+                                  : Remark{Remark::no_bits, 0, "", nbits, header->size}) &&
          (!has_bits || lines->next());
 }
 
@@ -205,7 +206,7 @@ template <typename Code> int read_luts(FILE *f, vexo_lut *lut, const Layout &lay
   bool more = true;
   for (int i = 0; i < header.size; i++) {
     if (!more) {
-      tell(collector, remark(Remark::too_few, lines, i, header.size));
+      tell(collector, {Remark::too_few, 0, "", i, header.size});
       return -1;
     }
     if (!read_entry<Code>(lines, lut, i, max_value, collector)) {

@@ -9,8 +9,8 @@
 
 namespace vexo_internal {
 
-// vexo_load_lcnr_xml() without its messages: the collector hears of every outermost LEVEL, of every row that the record
-// takes, and of why the file is refused.
+// vexo_load_lcnr_xml() without its messages: the collector hears of every outermost LEVEL, of every row, of those too
+// many for the record, and of why the file is refused.
 int read_lcnr(FILE *f, vexo_lcnr *lcnr, const Collector *collector);
 
 void write_lcnr(FILE *f, vexo_lcnr *lcnr);

@@ -94,7 +94,11 @@ Remark scan_row(const char *text, const char *limit, const Row &row) {
 void data_handler(void *data, const XML_Char *s, int len) {
   auto *state = static_cast<vexo_xml_data *>(data);
   vexo_lcnr *lcnr = state->lcnr;
-  if (state->el_level <= 0 || lcnr->num >= kRows) {
+  if (state->el_level <= 0) {
+    return;
+  }
+  if (lcnr->num >= kRows) {
+    state->tell({Remark::too_many});
     return;
   }
   const auto length = static_cast<size_t>(len);

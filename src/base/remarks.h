@@ -9,10 +9,10 @@ struct Remark {
   enum Kind {
     // Of a header.
     size,    // found: the size as written, before memory is taken for it
-    no_size, // found: the size of a file that tells none; 0 where there is no such size
+    no_size, // of a format that must tell it
     bits,    // found: the depth as written
-    no_bits, // found: the depth of a file that tells none
-    // Of lines. found and expected: entries so far and in all, where the file tells.
+    no_bits, // found: the depth of a file that does not tell it
+    // Of lines. found and expected: entries so far and in all, where that is known.
     entry,       // values: the numbers of the line; text: what follows them
     passed_over, // text: the line
     too_few,     // the file ends before the last entry

@@ -161,17 +161,6 @@ int limit(LutSet &luts) {
   return limited;
 }
 
-// Rounds drives to the codes that the file will hold.
-void round_to_codes(LutSet &luts, int bits) {
-  const float max_code = static_cast<float>((1 << bits) - 1);
-  for (int c = 0; c < 3; c++) {
-    const vexo_lut &lut = luts.get()[c];
-    for (int i = 0; i < lut.size; i++) {
-      lut.d[i] = std::round(lut.d[i] * max_code) / max_code;
-    }
-  }
-}
-
 void warn(const std::string &text) { std::fprintf(stderr, "vexo: %s\n", text.c_str()); }
 
 void warn_of_falls(LutSet &luts) {

@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 #include <strings.h>
 
@@ -23,6 +24,8 @@ std::string join(const std::vector<std::string> &words) {
   }
   return text;
 }
+
+bool blank(const char *text) { return text[std::strspn(text, " \t\r\n")] == '\0'; }
 
 bool has_extension(const std::string &path, const std::string &extension) {
   return path.size() > extension.size() &&

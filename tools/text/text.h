@@ -11,6 +11,9 @@ std::string format(const char *pattern, ...) __attribute__((format(printf, 1, 2)
 // The words with a blank between them.
 std::string join(const std::vector<std::string> &words);
 
+// Whether nothing but blanks follows.
+bool blank(const char *text);
+
 // Whether a file's name ends so, in letters of either case.
 bool has_extension(const std::string &path, const std::string &extension);
 
