@@ -137,6 +137,7 @@ std::string any_number() {
                                      "9999999999999999999e-19",
                                      "1e0000001",
                                      "infinity",
+                                     "nan(1)",
                                      "1__"};
   switch (below(8)) {
   case 0:
