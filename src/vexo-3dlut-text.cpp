@@ -69,8 +69,10 @@ vexo_3dlut *read_nodes(Lines *lines, int size, const char *title, const Collecto
       memcpy(lut->d[i].d, numbers + kNumbers - 3, sizeof lut->d[i].d);
     }
   }
-  while (collector != nullptr && next_numbers(lines, collector, count, numbers) &&
-         tell(collector, remark(Remark::too_many, *lines, expected, expected))) {
+  bool more = collector != nullptr;
+  while (more) {
+    more = next_numbers(lines, collector, count, numbers) &&
+           tell(collector, remark(Remark::too_many, *lines, expected, expected));
   }
   return lut.release();
 }
@@ -80,7 +82,7 @@ int characters(long long sum) { return static_cast<int>(std::clamp<long long>(su
 
 } // namespace
 
-// ---- Cube and cfe
+// ---- Cube and cfe: lines with keywords, the last of which tells the size, then lines of three numbers
 
 namespace {
 
@@ -131,7 +133,7 @@ bool read_size(const char *line, long long *size) {
 
 // Reads the entries; no table has a size that is no int.
 template <typename Lines> vexo_3dlut *read_entries(Lines *lines, const CubeHeader &header, const Collector *collector) {
-  const int size = header.size <= INT_MAX ? static_cast<int>(std::max<long long>(header.size, 0)) : 0;
+  const int size = header.size >= 1 && header.size <= INT_MAX ? static_cast<int>(header.size) : 0;
   return read_nodes<3>(lines, size, header.title, collector);
 }
 

@@ -214,8 +214,9 @@ template <typename Code> int read_luts(FILE *f, vexo_lut *lut, const Layout &lay
     }
     more = lines.next(); // after the last entry, too
   }
-  while (collector != nullptr && more && tell(collector, remark(Remark::too_many, lines, header.size, header.size))) {
-    more = lines.next();
+  more = more && collector != nullptr;
+  while (more) {
+    more = tell(collector, remark(Remark::too_many, lines, header.size, header.size)) && lines.next();
   }
   return 0;
 }
@@ -276,8 +277,10 @@ int vexo_internal::read_column(FILE *f, vexo_lut *lut, const Collector *collecto
     count++;
   }
   float surplus = 0.0F;
-  while (collector != nullptr && count == kColumnLimit && next_number(&lines, count, &surplus, collector) != nullptr &&
-         tell(collector, remark(Remark::too_many, lines, count, kColumnLimit))) {
+  bool more = collector != nullptr && count == kColumnLimit;
+  while (more) {
+    more = next_number(&lines, count, &surplus, collector) != nullptr &&
+           tell(collector, remark(Remark::too_many, lines, count, kColumnLimit));
   }
   if (vexo_lut_data_normalize(column, count) != 0 || vexo_lut_init(lut, count) != 0) {
     return -1;

@@ -43,7 +43,7 @@ struct FreeParser {
 };
 
 // What the handlers of one load share.
-struct vexo_xml_data {
+struct LoadState {
   vexo_lcnr *lcnr;    // the record being filled
   int el_level;       // LEVEL elements open at this point of the document
   bool out_of_memory; // a piece of text could not be copied
@@ -60,7 +60,7 @@ struct vexo_xml_data {
 bool is_level(const char *el) { return strcmp(el, "LEVEL") == 0; }
 
 void start_handler(void *data, const char *el, const char ** /*attr*/) {
-  auto *state = static_cast<vexo_xml_data *>(data);
+  auto *state = static_cast<LoadState *>(data);
   if (is_level(el) && state->el_level++ == 0) {
     state->tell({Remark::element});
   }
@@ -68,7 +68,7 @@ void start_handler(void *data, const char *el, const char ** /*attr*/) {
 
 void end_handler(void *data, const char *el) {
   if (is_level(el)) {
-    static_cast<vexo_xml_data *>(data)->el_level--;
+    static_cast<LoadState *>(data)->el_level--;
   }
 }
 
@@ -92,7 +92,7 @@ Remark scan_row(const char *text, const char *limit, const Row &row) {
 
 // The piece is not terminated, so the scan works on a copy. Only text of an entity can be longer than a line buffer.
 void data_handler(void *data, const XML_Char *s, int len) {
-  auto *state = static_cast<vexo_xml_data *>(data);
+  auto *state = static_cast<LoadState *>(data);
   vexo_lcnr *lcnr = state->lcnr;
   if (state->el_level <= 0) {
     return;
@@ -129,7 +129,7 @@ int refuse(const Collector *collector, const char *why, long line = 0) {
   return -1;
 }
 
-int parse(FILE *f, const vexo_xml_data &state) {
+int parse(FILE *f, const LoadState &state) {
   for (bool done = false; !done;) {
     char line[kBuffer];
     const size_t length = read_line(f, line);
@@ -169,11 +169,11 @@ int vexo_internal::read_lcnr(FILE *f, vexo_lcnr *lcnr, const Collector *collecto
   if (parser == nullptr) {
     return refuse(collector, "Couldn't allocate memory for parser");
   }
-  const Block<vexo_xml_data> state = block_of<vexo_xml_data>(1);
+  const Block<LoadState> state = block_of<LoadState>(1);
   if (state == nullptr) {
     return refuse(collector, "out of memory");
   }
-  state[0] = vexo_xml_data{lcnr, 0, false, false, parser.get(), collector};
+  state[0] = LoadState{lcnr, 0, false, false, parser.get(), collector};
   lcnr->num = 0;
   XML_SetUserData(parser.get(), state.get());
   XML_SetElementHandler(parser.get(), start_handler, end_handler);

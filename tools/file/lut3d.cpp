@@ -161,7 +161,8 @@ struct CubeJudge {
 Lut3dFile read_cube(const Lut3dInput &input, std::FILE *f) {
   Lut3dFile file;
   CubeJudge judge = {input, f, {}};
-  file.lut = judged(std::ref(judge), [f](const Collector *all) { return Lut3d(vexo_internal::read_cube(f, all)); });
+  file.lut = judged(std::ref(judge),
+                    [f](const Collector *collector) { return Lut3d(vexo_internal::read_cube(f, collector)); });
   file.warnings = std::move(judge.warnings);
   return file;
 }
@@ -196,7 +197,8 @@ Lut3dFile read_eecolor(const Lut3dInput &input, std::FILE *f) {
     return true;
   };
   Lut3dFile file;
-  file.lut = judged(judge, [&](const Collector *all) { return Lut3d(vexo_internal::read_eecolor(f, size, all)); });
+  file.lut =
+      judged(judge, [&](const Collector *collector) { return Lut3d(vexo_internal::read_eecolor(f, size, collector)); });
   if (left_over > 0) {
     file.warnings.push_back(
         format("%s: the last %ld lines of six numbers are not read", input_name(input.path).c_str(), left_over));

@@ -238,7 +238,8 @@ LutScan scan_luts(const std::string &path, const std::string &layout) {
                     : scan.layout == "decimal" ? vexo_internal::read_decimal_luts
                                                : vexo_internal::read_integer_luts;
   const Judge judge = column ? Judge([&](const Remark &r) { return judge_column(scan, r); }) : LutJudge{scan};
-  scan.complete = judged(judge, [&](const Collector *all) { return read(f.get(), scan.luts.get(), all); }) == 0;
+  scan.complete =
+      judged(judge, [&](const Collector *collector) { return read(f.get(), scan.luts.get(), collector); }) == 0;
   if (column) {
     check_ends(scan);
   }

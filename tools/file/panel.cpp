@@ -152,7 +152,8 @@ Panel read_panel(const std::string &path) {
   Panel panel;
   panel.path = path;
   Document document = {path, {}, 0, 0};
-  judged(std::ref(document), [&](const Collector *all) { return vexo_internal::read_lcnr(f.get(), &panel.lcnr, all); });
+  judged(std::ref(document),
+         [&](const Collector *collector) { return vexo_internal::read_lcnr(f.get(), &panel.lcnr, collector); });
   if (document.count == 0) {
     refuse(path, "no LEVEL rows");
   }
