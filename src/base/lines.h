@@ -51,8 +51,9 @@ public:
       return false;
     }
     text_ = rest_;
-    limit_ = rest_ += strcspn(rest_, "\n");
-    if (*rest_ == '\n') {
+    char *feed = strchr(rest_, '\n');
+    limit_ = rest_ = feed != nullptr ? feed : rest_ + strlen(rest_);
+    if (feed != nullptr) {
       *rest_++ = '\0';
     }
     return true;
