@@ -211,17 +211,6 @@ void packed_load(benchmark::State &state) {
 }
 BENCHMARK(packed_load);
 
-void coe_write_plain(benchmark::State &state) { // as many words as the file has
-  const plain::Entries entries = entries_of(look(33).get());
-  Sink sink;
-  for (auto _ : state) {
-    plain::print_coe_words(sink, entries.data(), 2 * 32 * 32 * 16);
-    plain::print_coe_words(sink, entries.data(), 2 * 32 * 32 * 16);
-    plain::print_coe_words(sink, entries.data(), 4 * 32 * 64);
-  }
-}
-BENCHMARK(coe_write_plain);
-
 void coe_write(benchmark::State &state) {
   const Lut lut = look(33);
   Sink sink;
@@ -230,15 +219,6 @@ void coe_write(benchmark::State &state) {
   }
 }
 BENCHMARK(coe_write);
-
-void listing_plain(benchmark::State &state) {
-  const Lut lut = look(33);
-  Sink sink;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(plain::print_listing(sink, lut.get()));
-  }
-}
-BENCHMARK(listing_plain);
 
 void listing(benchmark::State &state) {
   const Lut lut = look(33);

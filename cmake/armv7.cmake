@@ -1,4 +1,4 @@
-# The device: ARMv7-A with NEON, hard-float calls. Expat and GoogleTest come from the sysroot that
+# The device: ARMv7-A with NEON, hard-float calls. Expat, fast_float and GoogleTest come from the sysroot that
 # scripts/armhf-sysroot fills; tests run under qemu-arm.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)

@@ -1,28 +1,31 @@
-// One-dimensional LUT text files: the three-channel and the one-column readers, the integer writer and the listings.
-#include <climits>
-#include <cmath>
+// Text files of 1D LUTs: the integer writer and the listings, the two three-channel readers and the column reader.
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 
 #include "base/codes.h"
 #include "base/lines.h"
 #include "base/locale.h"
 #include "base/numbers.h"
-#include "vexo-gamma.h"
+#include "vexo-gamma-readers.h"
 
-using vexo_internal::LineWriter;
+using vexo_internal::Collector;
+using vexo_internal::kNumberRoom;
 using vexo_internal::max_code;
 using vexo_internal::NumberLocale;
 using vexo_internal::put_integer;
+using vexo_internal::put_line;
 using vexo_internal::quantise;
+using vexo_internal::Remark;
+using vexo_internal::remark;
+using vexo_internal::tell;
 using vexo_internal::valid_depth;
+
+// ---- Writers
 
 namespace {
 
-const int kDefaultSize = 1024; // entries of a file without a size line
-const int kIntegerDepth = 16;  // depth of an integer file without a bits line
-const int kDecimalDepth = 8;   // depth of a decimal file without a bits line
-const int kColumnLimit = 1024; // numbers read from a one-column file
+using ListingLine = char[4 * kNumberRoom];
 
 // The codes of entry i of three tables, a line "%*d %*d %*d\n".
 char *put_codes(char *text, const vexo_lut *lut, int i, float max_value, int width) {
@@ -31,116 +34,6 @@ char *put_codes(char *text, const vexo_lut *lut, int i, float max_value, int wid
     *text++ = c < 2 ? ' ' : '\n';
   }
   return text;
-}
-
-// What distinguishes the two three-channel readers.
-struct TextLayout {
-  int nbits;         // default depth
-  bool size_is_log2; // the size line gives the base-2 logarithm
-};
-
-// Unsigned integers as %u takes them: a minus sign wraps, and the low 32 bits count on every host.
-bool scan_codes(const char *line, uint32_t (&codes)[3]) {
-  unsigned long long wide[3];
-  if (sscanf(line, "%llu %llu %llu", &wide[0], &wide[1], &wide[2]) != 3) {
-    return false;
-  }
-  for (int c = 0; c < 3; c++) {
-    codes[c] = static_cast<uint32_t>(wide[c]);
-  }
-  return true;
-}
-
-bool scan_codes(const char *line, float (&codes)[3]) {
-  return sscanf(line, "%f %f %f", &codes[0], &codes[1], &codes[2]) == 3;
-}
-
-const TextLayout kIntegerFile = {kIntegerDepth, false};
-const TextLayout kDecimalFile = {kDecimalDepth, true};
-
-// The number of a header line "KEYWORD number", low 32 bits, as %d takes it.
-bool header_number(const char *line, const char *format, int *number) {
-  long long wide = 0;
-  if (sscanf(line, format, &wide) != 1) {
-    return false;
-  }
-  *number = static_cast<int>(static_cast<uint32_t>(wide));
-  return true;
-}
-
-using StreamLines = vexo_internal::StreamLines<1024>;
-
-enum class Line { none, other, codes };
-
-// The codes of a line, if it holds three.
-template <typename Code> Line read_codes(const char *line, Code (&codes)[3]) {
-  const char *limit = line + strlen(line) + 1;
-  return vexo_internal::read_numbers(line, limit, codes) != nullptr || scan_codes(line, codes) ? Line::codes
-                                                                                               : Line::other;
-}
-
-// The same for the next line of the stream.
-template <typename Code> Line next_codes(StreamLines *lines, Code (&codes)[3]) {
-  if (lines->take(codes)) {
-    return Line::codes;
-  }
-  const char *line = lines->next();
-  return line != nullptr ? read_codes(line, codes) : Line::none;
-}
-
-template <typename Code> int load_three_channels(FILE *f, vexo_lut *lut, const TextLayout &layout) {
-  const NumberLocale locale;
-  StreamLines lines(f);
-  int size = kDefaultSize;
-  int nbits = layout.nbits;
-  const char *line = lines.next();
-  if (line == nullptr) {
-    return -1;
-  }
-  if (header_number(line, "LUT_1D_SIZE %lld", &size)) {
-    if (layout.size_is_log2) {
-      if (size < 0 || size > 30) {
-        return -1;
-      }
-      size = 1 << size;
-    }
-    line = lines.next();
-    if (line == nullptr) {
-      return -1;
-    }
-    if (header_number(line, "LUT_1D_BITS %lld", &nbits)) {
-      line = lines.next();
-      if (line == nullptr) {
-        return -1;
-      }
-    }
-  }
-  if (!valid_depth(nbits)) {
-    return -1;
-  }
-  for (int c = 0; c < 3; c++) {
-    if (vexo_lut_init_zero(&lut[c], size) != 0) {
-      return -1;
-    }
-  }
-  const float max_value = max_code(nbits);
-  if (size <= 0) {
-    return 0;
-  }
-  Code codes[3];
-  Line found = read_codes(line, codes);
-  for (int i = 0; i < size; i++) {
-    if (found == Line::none) {
-      return -1;
-    }
-    if (found == Line::codes) {
-      for (int c = 0; c < 3; c++) {
-        lut[c].d[i] = static_cast<float>(codes[c]) / max_value;
-      }
-    }
-    found = next_codes(&lines, codes); // after the last entry, too
-  }
-  return 0;
 }
 
 } // namespace
@@ -171,17 +64,16 @@ void vexo_lut_dump_int(FILE *f, vexo_lut *lut, int nbits, char *title) {
   }
   fprintf(f, "LUT_1D_SIZE %d\nLUT_1D_BITS %d\n", lut->size, nbits);
   const float max_value = max_code(nbits);
-  LineWriter lines(f);
   for (int i = 0; i < lut->size; i++) {
-    char *text = put_integer(lines.line(), quantise(lut->d[i], max_value), 5);
-    *text++ = '\t';
-    *text++ = '#';
-    text = put_integer(text, i, 5);
-    *text++ = ',';
-    *text++ = '\n';
-    lines.add(text);
+    ListingLine line;
+    char *end = put_integer(line, quantise(lut->d[i], max_value), 5);
+    *end++ = '\t';
+    *end++ = '#';
+    end = put_integer(end, i, 5);
+    *end++ = ',';
+    *end++ = '\n';
+    put_line(f, line, end);
   }
-  lines.finish();
 }
 
 void vexo_lut_dump_int3(FILE *f, vexo_lut *lut, int nbits, char *prefix) {
@@ -194,16 +86,13 @@ void vexo_lut_dump_int3(FILE *f, vexo_lut *lut, int nbits, char *prefix) {
     fprintf(f, "LUT(%d x %d):\n", lut[0].size, nbits);
   }
   const float max_value = max_code(nbits);
-  LineWriter lines(f);
   for (int i = 0; i < lut[0].size; i++) {
-    char *text = lines.line();
-    *text++ = '\t';
-    *text++ = '[';
-    text = put_integer(text, i, 4);
-    memcpy(text, "] - ", 4);
-    lines.add(put_codes(text + 4, lut, i, max_value, 8));
+    ListingLine line;
+    memcpy(line, "\t[", 2);
+    char *end = put_integer(line + 2, i, 4);
+    memcpy(end, "] - ", 4);
+    put_line(f, line, put_codes(end + 4, lut, i, max_value, 8));
   }
-  lines.finish();
 }
 
 int vexo_luts_store_int(FILE *f, vexo_lut *lut, int nbits) {
@@ -212,27 +101,186 @@ int vexo_luts_store_int(FILE *f, vexo_lut *lut, int nbits) {
   }
   fprintf(f, "LUT_1D_SIZE %d\nLUT_1D_BITS %d\n", lut[0].size, nbits);
   const float max_value = max_code(nbits);
-  LineWriter lines(f);
   for (int i = 0; i < lut[0].size; i++) {
-    lines.add(put_codes(lines.line(), lut, i, max_value, 5));
+    ListingLine line;
+    put_line(f, line, put_codes(line, lut, i, max_value, 5));
   }
-  lines.finish();
   return 0;
 }
 
-int vexo_luts_load_int(FILE *f, vexo_lut *lut) { return load_three_channels<uint32_t>(f, lut, kIntegerFile); }
+// ---- Three-channel files: a header or none, then a line of three codes per entry
 
-int vexo_luts_load_file(FILE *f, vexo_lut *lut) { return load_three_channels<float>(f, lut, kDecimalFile); }
+namespace {
 
-int vexo_lut_load_custom(FILE *f, vexo_lut *lut) {
-  const NumberLocale locale;
-  float column[kColumnLimit];
-  char line[128];
-  int count = 0;
-  while (count < kColumnLimit && fgets(line, sizeof line, f) != nullptr) {
-    if (sscanf(line, "%f", &column[count]) == 1) {
-      count++;
+// What distinguishes the two readers.
+struct Layout {
+  int nbits;         // depth of a file without a bits line
+  bool size_is_log2; // the size line gives the base-2 logarithm
+};
+
+const Layout kIntegerFile = {16, false};
+const Layout kDecimalFile = {8, true};
+
+const int kDefaultSize = 1024; // entries of a file without a size line
+
+struct Header {
+  int size;
+  int nbits;
+};
+
+using LutLines = vexo_internal::StreamLines<1024>;
+
+// The low 32 bits of a number, as %d takes it.
+int low_int(long long number) { return static_cast<int>(static_cast<uint32_t>(number)); }
+
+// Reads the header and goes on to the first line behind it. False when there is none.
+bool read_header(LutLines *lines, const Layout &layout, Header *header, const Collector *collector) {
+  long long size = kDefaultSize;
+  long long nbits = layout.nbits;
+  if (!lines->next()) {
+    return false;
+  }
+  const bool has_size = sscanf(lines->text(), "LUT_1D_SIZE %lld", &size) == 1;
+  if (has_size && !tell(collector, remark(Remark::size, *lines, size, 0))) {
+    return false;
+  }
+  header->size = low_int(size);
+  if (has_size && layout.size_is_log2) {
+    if (header->size < 0 || header->size > 30) {
+      return false;
     }
+    header->size = 1 << header->size;
+  }
+  if (has_size && !lines->next()) {
+    return false;
+  }
+  const bool has_bits = has_size && sscanf(lines->text(), "LUT_1D_BITS %lld", &nbits) == 1;
+  header->nbits = low_int(nbits);
+  return tell(collector, has_bits ? remark(Remark::bits, *lines, nbits, header->size)
+                                  : Remark{Remark::no_bits, 0, "", nbits, header->size}) &&
+         (!has_bits || lines->next());
+}
+
+// Integer codes are the low 32 bits, as %u takes them: a minus sign wraps.
+float value_of(unsigned long long code, float max_value) {
+  return static_cast<float>(static_cast<uint32_t>(code)) / max_value;
+}
+float value_of(float code, float max_value) { return code / max_value; }
+
+// The number as written, with its sign.
+float as_written(unsigned long long code) { return static_cast<float>(static_cast<long long>(code)); }
+float as_written(float code) { return code; }
+
+// Reads entry i from the line in hand. A line without three codes leaves it as it is. False when the collector has
+// heard enough.
+template <typename Code>
+bool read_entry(const LutLines &lines, vexo_lut *lut, int i, float max_value, const Collector *collector) {
+  Code codes[3];
+  const char *rest = vexo_internal::scan_all(lines.text(), lines.limit(), codes);
+  if (rest == nullptr) {
+    return tell(collector, remark(Remark::passed_over, lines, i, lut->size));
+  }
+  for (int c = 0; c < 3; c++) {
+    lut[c].d[i] = value_of(codes[c], max_value);
+  }
+  if (collector == nullptr) {
+    return true;
+  }
+  const float values[] = {as_written(codes[0]), as_written(codes[1]), as_written(codes[2])};
+  return tell(collector, {Remark::entry, lines.number(), rest, i, lut->size, values});
+}
+
+template <typename Code> int read_luts(FILE *f, vexo_lut *lut, const Layout &layout, const Collector *collector) {
+  const NumberLocale locale;
+  LutLines lines(f);
+  Header header;
+  if (!read_header(&lines, layout, &header, collector) || !valid_depth(header.nbits)) {
+    return -1;
+  }
+  for (int c = 0; c < 3; c++) {
+    if (vexo_lut_init_zero(&lut[c], header.size) != 0) {
+      return -1;
+    }
+  }
+  const float max_value = max_code(header.nbits);
+  bool more = true;
+  for (int i = 0; i < header.size; i++) {
+    if (!more) {
+      tell(collector, {Remark::too_few, 0, "", i, header.size});
+      return -1;
+    }
+    if (!read_entry<Code>(lines, lut, i, max_value, collector)) {
+      return -1;
+    }
+    more = lines.next(); // after the last entry, too
+  }
+  more = more && collector != nullptr;
+  while (more) {
+    more = tell(collector, remark(Remark::too_many, lines, header.size, header.size)) && lines.next();
+  }
+  return 0;
+}
+
+} // namespace
+
+int vexo_internal::read_integer_luts(FILE *f, vexo_lut *lut, const Collector *collector) {
+  return read_luts<unsigned long long>(f, lut, kIntegerFile, collector);
+}
+
+int vexo_internal::read_decimal_luts(FILE *f, vexo_lut *lut, const Collector *collector) {
+  return read_luts<float>(f, lut, kDecimalFile, collector);
+}
+
+int vexo_luts_load_int(FILE *f, vexo_lut *lut) { return vexo_internal::read_integer_luts(f, lut, nullptr); }
+
+int vexo_luts_load_file(FILE *f, vexo_lut *lut) { return vexo_internal::read_decimal_luts(f, lut, nullptr); }
+
+// ---- Columns: lines of one number, which are made to rise from 0 to 1
+
+namespace {
+
+using ColumnLines = vexo_internal::StreamLines<128>;
+
+const int kColumnLimit = 1024; // numbers read
+
+// Goes on to the next line that begins with a number. Gives what follows the number; null at the end, or when the
+// collector has heard enough of lines passed over.
+const char *next_number(ColumnLines *lines, int count, float *number, const Collector *collector) {
+  while (lines->next()) {
+    const char *rest = vexo_internal::scan(lines->text(), lines->limit(), number);
+    if (rest != nullptr) {
+      return rest;
+    }
+    if (!tell(collector, remark(Remark::passed_over, *lines, count, kColumnLimit))) {
+      break;
+    }
+  }
+  return nullptr;
+}
+
+} // namespace
+
+int vexo_internal::read_column(FILE *f, vexo_lut *lut, const Collector *collector) {
+  const NumberLocale locale;
+  ColumnLines lines(f);
+  float column[kColumnLimit];
+  int count = 0;
+  while (count < kColumnLimit) {
+    float *number = &column[count];
+    const char *rest = next_number(&lines, count, number, collector);
+    if (rest == nullptr) {
+      break;
+    }
+    if (!tell(collector, {Remark::entry, lines.number(), rest, count, kColumnLimit, number})) {
+      return -1;
+    }
+    count++;
+  }
+  float surplus = 0.0F;
+  bool more = collector != nullptr && count == kColumnLimit;
+  while (more) {
+    more = next_number(&lines, count, &surplus, collector) != nullptr &&
+           tell(collector, remark(Remark::too_many, lines, count, kColumnLimit));
   }
   if (vexo_lut_data_normalize(column, count) != 0 || vexo_lut_init(lut, count) != 0) {
     return -1;
@@ -240,3 +288,5 @@ int vexo_lut_load_custom(FILE *f, vexo_lut *lut) {
   vexo_lut_set_data(lut, column);
   return 0;
 }
+
+int vexo_lut_load_custom(FILE *f, vexo_lut *lut) { return vexo_internal::read_column(f, lut, nullptr); }

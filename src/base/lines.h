@@ -1,164 +1,85 @@
-// Lines in and out of C streams in blocks, with the effects of a call a line.
-#ifndef VEXO_STREAM_H
-#define VEXO_STREAM_H
+// Lines of C streams, one call of the C library per line, and of texts in memory.
+#ifndef VEXO_BASE_LINES_H
+#define VEXO_BASE_LINES_H
 
-#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
-#include "numbers.h"
-
 namespace vexo_internal {
 
-// A stream, read in blocks, in pieces as fgets gives them in kRoom characters: a line, or as much of it as fits.
-template <size_t kRoom> class StreamPieces {
+// The lines of a stream as fgets gives them in kRoom characters: a longer line comes in pieces.
+template <size_t kRoom> class StreamLines {
 public:
-  explicit StreamPieces(FILE *f) : f_(f) {}
+  explicit StreamLines(FILE *f) : f_(f) {}
 
-  // The next piece, without an end mark; it lies there until the next call. Its length is 0 at the end of the stream.
-  const char *next(size_t *length) {
-    read_ahead();
-    const char *piece = rest_;
-    const size_t most = std::min(held(), kRoom - 1);
-    const void *feed = memchr(piece, '\n', most);
-    met_end_ = feed == nullptr && most < kRoom - 1;
-    *length = feed != nullptr ? static_cast<size_t>(static_cast<const char *>(feed) + 1 - piece) : most;
-    rest_ += *length;
-    return piece;
-  }
-
-  // Whether the last piece ended with the stream.
-  bool met_end() const { return met_end_; }
-
-  // Reads the numbers of a line of nothing else. False, with nothing taken, when the next piece is not such a line.
-  template <typename Number, size_t kCount> bool take(Number (&values)[kCount]) {
-    read_ahead();
-    const char *end = reader_.read(rest_, std::min<const char *>(end_, rest_ + (kRoom - 1)), values);
-    if (end == nullptr) {
+  // Goes on to the next line. False at the end of the stream, or where reading fails.
+  bool next() {
+    number_ += ended_ ? 1 : 0;
+    if (fgets(text_, kRoom, f_) == nullptr) {
       return false;
     }
-    rest_ = end;
+    limit_ = text_ + strlen(text_);
+    ended_ = limit_ > text_ && limit_[-1] == '\n';
     return true;
   }
 
-  // Gives back what was read ahead, and the mark of a stream at its end if no piece has met it.
-  void give_back() {
-    if (rest_ != end_ || (ended_ && !met_end_)) {
-      fseeko(f_, rest_ - end_, SEEK_CUR);
-    }
-  }
+  const char *text() const { return text_; }
+  const char *limit() const { return limit_; } // where the text's NUL is
+  long number() const { return number_; }      // of the line in the stream, from 1
 
 private:
-  size_t held() const { return static_cast<size_t>(end_ - rest_); }
-
-  void read_ahead() {
-    if (held() < kRoom && !ended_) {
-      const size_t length = held();
-      memmove(block_, rest_, length);
-      rest_ = block_;
-      end_ = block_ + length + fread(block_ + length, 1, sizeof block_ - length, f_);
-      ended_ = end_ < block_ + sizeof block_;
-    }
-  }
-
   FILE *f_;
-  bool ended_ = false; // the last block came short
-  bool met_end_ = false;
-  LineReader reader_;
-  const char *rest_ = block_; // what is held of the stream
-  const char *end_ = block_;
-  char block_[16384];
+  char text_[kRoom] = {};
+  const char *limit_ = text_;
+  long number_ = 0;
+  bool ended_ = true; // the last piece was the end of its line
 };
 
-// The lines of a stream of the caller, who finds it behind the last one taken: what cannot be positioned, such as a
-// pipe, is read a line at a time.
-template <size_t kRoom> class StreamLines {
+// The lines of a NUL-terminated text, cut in place at its line feeds. Runs of line feeds make no empty lines.
+class TextLines {
 public:
-  explicit StreamLines(FILE *f) : f_(f), ahead_(ftello(f) >= 0), pieces_(f) {}
-  ~StreamLines() {
-    if (ahead_) {
-      pieces_.give_back();
-    }
-  }
-  StreamLines(const StreamLines &) = delete;
-  StreamLines &operator=(const StreamLines &) = delete;
+  explicit TextLines(char *text) : begin_(text), text_(text), limit_(text), rest_(text) {}
 
-  // The next line, or as much of it as fits; null at the end of the stream.
-  const char *next() {
-    if (!ahead_) {
-      return fgets(line_, kRoom, f_);
+  // Goes on to the next line. False at the end of the text.
+  bool next() {
+    while (*rest_ == '\n') {
+      *rest_++ = '\0';
     }
-    size_t length = 0;
-    const char *piece = pieces_.next(&length);
-    memcpy(line_, piece, length);
-    line_[length] = '\0';
-    return length == 0 || (pieces_.met_end() && ferror(f_) != 0) ? nullptr : line_; // as fgets on a failing stream
+    if (*rest_ == '\0' || rest_ - begin_ >= end_) {
+      return false;
+    }
+    text_ = rest_;
+    char *feed = strchr(rest_, '\n');
+    limit_ = rest_ = feed != nullptr ? feed : rest_ + strlen(rest_);
+    if (feed != nullptr) {
+      *rest_++ = '\0';
+    }
+    return true;
   }
 
-  // Reads the numbers of a line of nothing else. False, with no line taken, when the next one has another form or is
-  // not at hand.
-  template <typename Number, size_t kCount> bool take(Number (&values)[kCount]) {
-    return ahead_ && pieces_.take(values);
-  }
+  const char *text() const { return text_; }
+  const char *limit() const { return limit_; } // where the text's NUL is
+  static long number() { return 0; }           // texts have no collectors
+
+  // From now on no line begins at or after this offset.
+  void stop_at(ptrdiff_t end) { end_ = end; }
 
 private:
-  FILE *f_;
-  bool ahead_;
-  StreamPieces<kRoom> pieces_;
-  char line_[kRoom];
+  const char *begin_;
+  const char *text_;
+  const char *limit_;
+  char *rest_;
+  ptrdiff_t end_ = PTRDIFF_MAX;
 };
 
-// Lines on their way to a stream.
-class LineWriter {
-public:
-  explicit LineWriter(FILE *f) : f_(f) {}
-
-  // Where the next line goes, of at most kLongest characters.
-  char *line() {
-    if (end_ > text_ + sizeof text_ - kLongest) {
-      flush();
-    }
-    return end_;
-  }
-
-  void add(char *end) { end_ = end; }
-
-  // Writes what is left. Gives the sum of what a printf call for each line would have returned.
-  long long finish() {
-    flush();
-    return sum_;
-  }
-
-private:
-  static const size_t kLongest = 4 * kNumberRoom;
-
-  // A line that the stream does not take counts -1 and is given up, and the next is tried.
-  void flush() {
-    const char *text = text_;
-    while (text < end_) {
-      const char *written = text + fwrite(text, 1, static_cast<size_t>(end_ - text), f_);
-      if (written == end_) {
-        sum_ += written - text;
-        break;
-      }
-      for (; text <= written; text = after_line(text)) {
-        const char *next = after_line(text);
-        sum_ += next <= written ? next - text : -1;
-      }
-    }
-    end_ = text_;
-  }
-
-  const char *after_line(const char *text) const {
-    return static_cast<const char *>(memchr(text, '\n', static_cast<size_t>(end_ - text))) + 1;
-  }
-
-  FILE *f_;
-  long long sum_ = 0;
-  char text_[16384];
-  char *end_ = text_;
-};
+// Writes a line that ends before end, where there is room for a NUL. Gives what a printf call would: the number of
+// characters, or -1 when the stream does not take them.
+inline int put_line(FILE *f, char *line, char *end) {
+  *end = '\0';
+  return fputs(line, f) >= 0 ? static_cast<int>(end - line) : -1;
+}
 
 } // namespace vexo_internal
 

@@ -1,4 +1,4 @@
-// 1D LUT files as the tool reads them: its own look at the lines agrees with the library's reader.
+// 1D LUT files as the tool reads them: what it is told of the lines agrees with the tables.
 #include "bits.h"
 #include "file/luts.h"
 #include "tool.h"
@@ -8,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const MemoryFile file(text_of(data, size));
   for (const char *layout : layouts) {
     accepted([&] {
-      const LutScan scan = scan_luts(file.path(), layout);
+      LutScan scan = scan_luts(file.path(), layout);
       for (const LutIssue &issue : scan.issues) {
         require(issue_text(scan, issue).rfind(file.path() + ":", 0) == 0, "an issue names the file");
       }
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
       for (int i = 0; i < scan.size && scan.layout != "column"; i++) {
         for (int c = 0; c < 3; c++) {
           const float code = scan.entries[static_cast<size_t>(i)].value[c];
-          require(bits(luts.get()[c].d[i]) == bits(code / max_code), "the scan and the library read the same");
+          require(bits(luts.get()[c].d[i]) == bits(code / max_code), "entries are told as they are read");
         }
       }
     });

@@ -1,4 +1,4 @@
-// 3D LUT files as the tool reads them: what its own look accepts, the library reads. The first byte tells the format.
+// 3D LUT files as the tool reads them: what its judgement accepts, the library reads. The first byte tells the format.
 #include "file/lut3d.h"
 #include "tool.h"
 

@@ -11,6 +11,7 @@
 
 #include "allocation.h"
 #include "bits.h"
+#include "library/plain/vexo-text-plain.h"
 #include "lut3d.h"
 #include "text.h"
 #include "vexo-cs.h"
@@ -247,6 +248,22 @@ TEST(Faults, ReadsThatFailInTheMiddle) {
   }
 }
 
+// What went wrong on a stream before the call is the caller's business.
+TEST(Faults, ErrorsBeforeTheCallDoNotCount) {
+  for (const Operation &operation : operations()) {
+    if (operation.input.empty() || operation.name.find(' ') != std::string::npos || operation.name == "LCNR") {
+      continue;
+    }
+    Fault none(0);
+    Cookie cookie = {operation.input, operation.input.size()};
+    FILE *f = cookie.open("r");
+    fputc('x', f);
+    EXPECT_NE(ferror(f), 0);
+    EXPECT_EQ(operation.run(none, f, "/"), run(operation, none)) << operation.name;
+    fclose(f);
+  }
+}
+
 TEST(Faults, WritesThatFailInTheMiddle) {
   const Lut lut = table(4, "t", [](int bi, int gi, int ri) {
     return vexo_vector{{static_cast<float>(ri) / 3.0F, static_cast<float>(gi) / 3.0F, static_cast<float>(bi) / 3.0F}};
@@ -288,6 +305,36 @@ TEST(Faults, WritesThatFailInTheMiddle) {
       }
     }
   });
+}
+
+// A line that the stream does not take counts -1, however the stream is buffered, and the next is tried.
+TEST(Faults, CountsAreThoseOfOneCallPerLine) {
+  const Lut lut = table(4, "t", [](int bi, int gi, int ri) {
+    return vexo_vector{{static_cast<float>(ri) * 1e6F, static_cast<float>(-gi) / 3.0F, static_cast<float>(bi) / 3.0F}};
+  });
+  const vexo_vector *first = vexo_3dlut_item(lut.get(), 0, 0, 0);
+  const plain::Entries entries(first, first + 64);
+  for (const int buffering : {_IOFBF, _IOLBF, _IONBF}) {
+    for (size_t limit = 0; limit < 2600; limit += 13) {
+      const auto written = [&](auto write) {
+        Cookie cookie = {"", limit};
+        FILE *f = cookie.open("w");
+        char buffer[200];
+        setvbuf(f, buffer, buffering, sizeof buffer);
+        const long long sum = write(f);
+        fclose(f);
+        return std::to_string(sum) + " " + cookie.text;
+      };
+      EXPECT_EQ(written([&](FILE *f) { return vexo_3dlut_dump_cube(lut.get(), f); }), written([&](FILE *f) {
+                  long long sum = fprintf(f, "TITLE \"t\"\n");
+                  sum += fprintf(f, "\n");
+                  sum += fprintf(f, "LUT_3D_SIZE 4\n");
+                  sum += fprintf(f, "\n");
+                  return sum + plain::print_entries(f, entries);
+                }))
+          << limit;
+    }
+  }
 }
 
 } // namespace

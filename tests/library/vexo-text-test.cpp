@@ -1,13 +1,14 @@
-// The readers and writers of number text, and the resampling, against their plain forms: every bit, character, count
-// and stream position.
+// What has a faster form against its plain one, to the last bit and character: number text, packed words, resampling.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "base/numbers.h"
 #include "bits.h"
 #include "library/plain/vexo-3dlut-plain.h"
 #include "library/plain/vexo-text-plain.h"
@@ -136,6 +137,7 @@ std::string any_number() {
                                      "9999999999999999999e-19",
                                      "1e0000001",
                                      "infinity",
+                                     "nan(1)",
                                      "1__"};
   switch (below(8)) {
   case 0:
@@ -198,22 +200,29 @@ std::vector<uint32_t> bits_of_all(const plain::Entries &entries, size_t count) {
   return entries.size() == count ? bits_of_entries(entries) : std::vector<uint32_t>();
 }
 
-TEST(NumberText, StreamsAreReadAsLineByLine) {
-  for (int run = 0; run < 300; run++) {
-    const size_t size = 1 + below(7);
-    const size_t count = size * size * size;
-    const std::string header = "LUT_3D_SIZE " + std::to_string(size) + "\n";
-    const auto load = [](FILE *f) { return bits_of_lut(vexo_3dlut_load_cube(f)); };
-    both_read(header + lines_of(count + count / 3, 3, any_number, run % 3 == 0 ? any_decimals : eight_decimals), load,
-              [&](FILE *f) {
-                char line[256];
-                EXPECT_NE(fgets(line, sizeof line, f), nullptr);
-                return bits_of_all(plain::read_entries(f, count, plain::scan_cube_entry), count);
-              });
-    both_read(
-        lines_of(count + count / 2, 6, any_number),
-        [&](FILE *f) { return bits_of_lut(vexo_3dlut_load_eecolor(f, static_cast<int>(size))); },
-        [&](FILE *f) { return bits_of_all(plain::read_entries(f, count, plain::scan_eecolor_entry), count); });
+// With one NaN for all.
+uint32_t bits_of_number(float x) { return bits_of_numbers(&x, 1)[0]; }
+unsigned long long bits_of_number(unsigned long long n) { return n; }
+
+template <typename Number> void expect_scanf(const std::string &text, const char *format) {
+  const char *begin = text.c_str();
+  Number got = 7;
+  Number expected = 7;
+  int length = 0;
+  const char *end = vexo_internal::scan(begin, begin + strlen(begin), &got);
+  const bool reads = sscanf(begin, format, &expected, &length) == 1;
+  EXPECT_EQ(end != nullptr, reads) << text;
+  EXPECT_EQ(bits_of_number(got), bits_of_number(expected)) << text;
+  EXPECT_TRUE(end == nullptr || end == begin + length) << text;
+}
+
+TEST(NumberText, IsReadAsScanfReadsIt) {
+  static const std::string kTails[] = {"",   " ",  ",",  "\n", "\r", ".5",
+                                       "e5", "x1", "p2", "f",  "i",  std::string(1, '\0')};
+  for (int run = 0; run < 50000; run++) {
+    const std::string text = std::string(below(3), " \t\v"[below(3)]) + any_number() + kTails[below(12)];
+    expect_scanf<float>(text, "%f%n");
+    expect_scanf<unsigned long long>(text, "%llu%n");
   }
 }
 
@@ -361,26 +370,39 @@ TEST(NumberText, WritersPrintWhatPrintfPrints) {
   }
 }
 
-// Each line that a full device refuses counts -1, each word not at all.
-TEST(NumberText, CountsOnAFullDevice) {
+TEST(PackedWords, AgreeWithThePlainForm) {
+  for (const int size : {1, 7, 16}) { // below and above a block of words
+    const Lut lut = table(size, nullptr, [](int, int, int) {
+      return vexo_vector{{hostile_value(), printed_value(0), std::ldexp(static_cast<float>(below(2047)), -10)}};
+    });
+    const plain::Entries entries = entries_of(lut.get());
+    const std::string words = printed([&](FILE *f) { plain::write_words(f, entries.data(), entries.size()); });
+    const std::string packed = printed([&](FILE *f) { vexo_3dlut_dump_dat(lut.get(), f, 10); });
+    EXPECT_EQ(packed.substr(128), words) << size;
+    plain::Entries expected(entries.size());
+    FILE *f = stream_of(words);
+    ASSERT_TRUE(plain::read_words(f, expected.data(), expected.size()));
+    fclose(f);
+    f = stream_of(packed);
+    EXPECT_EQ(bits_of_lut(vexo_3dlut_load_dat(f)), bits_of_entries(expected)) << size;
+    fclose(f);
+  }
+}
+
+// Words that a full device refuses do not count.
+TEST(PackedWords, CountOnAFullDevice) {
   const Lut lut = table(13, "t", [](int, int, int) { return vexo_vector{{hostile_value(), 0.5F, 12.25F}}; });
-  const plain::Entries entries = entries_of(lut.get());
   const auto on_full = [](auto print) {
     FILE *f = fopen("/dev/full", "w");
-    const long long sum = print(f);
+    const size_t count = print(f);
     fclose(f);
-    return sum;
+    return count;
   };
-  EXPECT_EQ(on_full([&](FILE *f) { return vexo_3dlut_dump_cube(lut.get(), f); }), on_full([&](FILE *f) {
-              return fprintf(f, "TITLE \"t\"\n\nLUT_3D_SIZE 13\n\n") + plain::print_entries(f, entries);
-            }));
-  EXPECT_EQ(on_full([&](FILE *f) { return vexo_3dlut_dump_dat(lut.get(), f, 10); }), on_full([&](FILE *f) {
+  EXPECT_EQ(on_full([&](FILE *f) { return static_cast<size_t>(vexo_3dlut_dump_dat(lut.get(), f, 10)); }),
+            on_full([&](FILE *f) {
               const std::string header(128, ' ');
-              size_t items = fwrite(header.data(), 128, 1, f);
-              for (size_t i = 0; i < entries.size(); i++) {
-                items += fwrite("word", 4, 1, f);
-              }
-              return static_cast<long long>(items);
+              const plain::Entries entries = entries_of(lut.get());
+              return fwrite(header.data(), 128, 1, f) + plain::write_words(f, entries.data(), entries.size());
             }));
 }
 

@@ -184,6 +184,9 @@ TEST_F(Tool, SaysWhatIsWrongWithAPanelFile) {
   }
   save(path("panel"), many + "</L>");
   EXPECT_TRUE(has(run("calibrate panel").err, "panel: 65 LEVEL rows, expected 2 to 64"));
+  many.resize(many.rfind("<LEVEL>"));
+  save(path("panel"), many.insert(many.find(",0,0"), "<!-- -->") + "</L>");
+  EXPECT_TRUE(has(run("calibrate panel").err, "panel:3: row 1: text in 2 pieces (64 LEVEL elements give 65)"));
   EXPECT_TRUE(has(run("calibrate none.xml").err, "none.xml: cannot read: No such file"));
   EXPECT_TRUE(has(run("calibrate .").err, ".: is a directory"));
   const Result far = run("calibrate panel.xml --white 0.1,0.1 -o luts.txt");

@@ -10,6 +10,14 @@ const std::string kInteger = "LUT_1D_SIZE 4\nLUT_1D_BITS 8\n    0     0     0\n 
                              "  255   255    30\n";
 const std::string kDecimal = "LUT_1D_SIZE 2\nLUT_1D_BITS 8\n0 0 0\n51 102 10.0\n1.02e2 204 20\r\n255 255 30\n";
 
+std::string rising(int count) {
+  std::string text;
+  for (int i = 0; i < count; i++) {
+    text += std::to_string(i) + "\n";
+  }
+  return text;
+}
+
 std::string replaced(std::string text, const std::string &from, const std::string &to) {
   return text.replace(text.find(from), from.size(), to);
 }
@@ -87,6 +95,7 @@ TEST_F(Tool, ChecksLutFiles) {
       {replaced(column, "20", "20 21"), "lut:2: text after the number is passed over", 0},
       {replaced(column, "20", "x"), "lut:2: no number, passed over", 0},
       {replaced(column, "40", "5"), "lut: the last number, 5, is not above the first, 10", 3},
+      {rising(1025), "lut:1025: more than 1024 numbers; this one and those after it are not read", 0},
   };
   for (const auto &c : cases) {
     save(path("lut"), c.text);

@@ -187,6 +187,8 @@ TEST_F(Lut3dTool, WarnsOfWhatTheReaderPassesOver) {
       {"LUT_1D_SIZE 2\n" + kHeader + "0 0 0\n1 1 1\n" + rows, "in.cube:1: LUT_1D_SIZE: a 1D shaper is not applied"},
       {kHeader + rows + "0 0 0\n1 1 1\n", "in.cube:32: more than the 27 entries of LUT_3D_SIZE 3; this row"},
       {kHeader + "0.5 0.5\n" + rows, "in.cube:5: not three numbers, skipped"},
+      {kHeader + "0 0 0" + std::string(300, ' ') + "0\n" + rows, "in.cube:5: not three numbers, skipped"}, // the rest
+      {kHeader + rows + "\nDOMAIN_MAX 1 2 1\n", "in.cube:33: DOMAIN_MAX 1 2 1 is not applied"},
   };
   for (const auto &c : cases) {
     save(path("in.cube"), c.text);

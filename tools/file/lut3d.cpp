@@ -1,15 +1,16 @@
 #include "file/lut3d.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "file/input.h"
 #include "file/output.h"
+#include "file/remarks.h"
 #include "text/failure.h"
 #include "text/format.h"
 #include "text/grammar.h"
-#include "text/lines.h"
+#include "vexo-3dlut-readers.h"
 
 namespace {
 
@@ -64,220 +65,169 @@ const Format &find_format(const std::string &option, const std::string &name, co
                 path + ": its name tells no format, expected " + option + " with one of " + lut3d_format_names());
 }
 
-// Whether a line begins with so many plain decimal numbers: most do, and scanf takes ten times as long to say so.
-bool plain_numbers(const char *line, int count) {
-  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
-  for (int n = 0; n < count; n++) {
-    line += *line == ' ' ? 1 : 0;
-    if (!is_digit(*line)) {
-      return false;
-    }
-    while (is_digit(*line)) {
-      line++;
-    }
-    line += *line == '.' ? 1 : 0;
-    while (is_digit(*line)) {
-      line++;
-    }
-    if (*line != ' ' && *line != '\n') {
-      return false;
-    }
-  }
-  return true;
-}
-
-bool three_numbers(const char *line) {
-  float d[3];
-  return plain_numbers(line, 3) || std::sscanf(line, "%f %f %f", &d[0], &d[1], &d[2]) == 3;
-}
-
-bool six_numbers(const char *line) {
-  float d[6];
-  return plain_numbers(line, 6) ||
-         std::sscanf(line, "%f %f %f %f %f %f", &d[0], &d[1], &d[2], &d[3], &d[4], &d[5]) == 6;
-}
-
-// Whether the reader takes a title from the line, and so no size.
-bool has_title(const char *line) {
-  const char *title = std::strstr(line, "TITLE");
-  return title != nullptr && title[5 + std::strspn(title + 5, " \t\n\v\f\r")] == '"';
+[[noreturn]] void unreadable(const Lut3dInput &input, const std::string &what) {
+  throw Failure(kInputError, input_name(input.path) + ": " + what);
 }
 
 const size_t kMostWarnings = 1000; // of a file
 
 // What a cube file holds beside what its reader takes.
-class CubeScan {
-public:
-  CubeScan(const Lut3dInput &input, std::FILE *f) : input_(input), lines_(f) {}
+struct CubeJudge {
+  const Lut3dInput &input;
+  std::FILE *f;
+  std::vector<std::string> warnings;
+  long long size = 0; // 0 in the header
+  bool skipped = false;
 
-  std::vector<std::string> run() {
-    read_header();
-    read_entries();
-    return std::move(warnings_);
-  }
-
-private:
-  std::string here() const { return format("%s:%ld: ", input_name(input_.path).c_str(), lines_.number()); }
-
-  [[noreturn]] void refuse(const std::string &what) const { throw Failure(kInputError, here() + what); }
-
-  void warn(const std::string &what) {
-    if (warnings_.size() == kMostWarnings) {
-      refuse(what + format("; more than %zu warnings", kMostWarnings));
-    }
-    warnings_.push_back(here() + what);
-  }
-
-  void read_header() {
-    while (size_ == 0) {
-      if (!lines_.next()) {
-        throw Failure(kInputError, input_name(input_.path) + ": no LUT_3D_SIZE line");
+  bool operator()(const Remark &r) {
+    switch (r.kind) {
+    case Remark::size:
+      if (r.found < 1 || r.found > input.max_size) {
+        refuse(r, format("LUT_3D_SIZE %lld, expected 1 to %d (--max-size)", r.found, input.max_size));
       }
-      const char *size_line = std::strstr(lines_.text(), "LUT_3D_SIZE");
-      long size = 0;
-      if (lines_.text()[0] == '#' || has_title(lines_.text())) {
-        continue;
+      size = r.found;
+      return true;
+    case Remark::passed_over:
+      judge_line(r);
+      return true;
+    case Remark::too_many:
+      warn(r, format("more than the %lld entries of LUT_3D_SIZE %lld; this row and those after it are not read",
+                     r.expected, size));
+      return false;
+    case Remark::no_size:
+      if (std::ferror(f) == 0) {
+        unreadable(input, "no LUT_3D_SIZE line");
       }
-      if (size_line != nullptr && std::sscanf(size_line + 11, "%ld", &size) == 1) {
-        if (size < 1 || size > input_.max_size) {
-          refuse(format("LUT_3D_SIZE %ld, expected 1 to %d (--max-size)", size, input_.max_size));
-        }
-        size_ = static_cast<int>(size);
-      } else {
-        check_keyword();
+      return false;
+    case Remark::too_few:
+      if (std::ferror(f) == 0) {
+        refuse(r, format("the file ends after %lld entries, expected %lld for LUT_3D_SIZE %lld", r.found, r.expected,
+                         size));
       }
+      return false;
+    default:
+      return true;
     }
   }
 
-  void read_entries() {
-    const long wanted = static_cast<long>(size_) * size_ * size_;
-    long found = 0;
-    long skipped = 0; // only the first is named
-    while (lines_.next()) {
-      if (!three_numbers(lines_.text())) {
-        if (!blank(lines_.text()) && !check_keyword() && skipped++ == 0) {
-          warn("not three numbers, skipped");
-        }
-      } else if (++found == wanted + 1) {
-        warn(format("more than the %ld entries of LUT_3D_SIZE %d; this row and those after it are not read", wanted,
-                    size_));
-        return;
-      }
+  std::string at(const Remark &r) const { return format("%s:%ld: ", input_name(input.path).c_str(), r.line); }
+
+  [[noreturn]] void refuse(const Remark &r, const std::string &what) const { throw Failure(kInputError, at(r) + what); }
+
+  void warn(const Remark &r, const std::string &what) {
+    if (warnings.size() == kMostWarnings) {
+      refuse(r, what + format("; more than %zu warnings", kMostWarnings));
     }
-    if (found < wanted) {
-      refuse(format("the file ends after %ld entries, expected %ld for LUT_3D_SIZE %d", found, wanted, size_));
+    warnings.push_back(at(r) + what);
+  }
+
+  // Of the lines among the entries that are not understood, only the first is named.
+  void judge_line(const Remark &line) {
+    if (!check_keyword(line) && size > 0 && !blank(line.text) && !skipped) {
+      skipped = true;
+      warn(line, "not three numbers, skipped");
     }
   }
 
   // Warns about a keyword that changes what the entries mean. Returns whether the line holds any keyword.
-  bool check_keyword() {
-    const char *text = lines_.text();
+  bool check_keyword(const Remark &line) {
+    const char *text = line.text;
     if (text[0] == '#') {
       return true;
     }
     float v[3];
     if (std::sscanf(text, " DOMAIN_MIN %f %f %f", &v[0], &v[1], &v[2]) == 3) {
-      warn_unless(v, 0.0F, "DOMAIN_MIN");
+      warn_unless(line, v, 0.0F, "DOMAIN_MIN");
     } else if (std::sscanf(text, " DOMAIN_MAX %f %f %f", &v[0], &v[1], &v[2]) == 3) {
-      warn_unless(v, 1.0F, "DOMAIN_MAX");
+      warn_unless(line, v, 1.0F, "DOMAIN_MAX");
     } else if (std::strstr(text, "LUT_3D_INPUT_RANGE") != nullptr) {
-      warn("LUT_3D_INPUT_RANGE is not applied: inputs are taken as 0 to 1");
+      warn(line, "LUT_3D_INPUT_RANGE is not applied: inputs are taken as 0 to 1");
     } else if (std::strstr(text, "LUT_1D_SIZE") != nullptr) {
-      warn("LUT_1D_SIZE: a 1D shaper is not applied, and its rows are read as the first entries of the 3D table");
+      warn(line, "LUT_1D_SIZE: a 1D shaper is not applied, and its rows are read as the first entries of the 3D table");
     } else {
       return text[0] >= 'A' && text[0] <= 'Z';
     }
     return true;
   }
 
-  void warn_unless(const float v[3], float expected, const char *keyword) {
+  void warn_unless(const Remark &line, const float (&v)[3], float expected, const char *keyword) {
     if (v[0] != expected || v[1] != expected || v[2] != expected) {
-      warn(format("%s %g %g %g is not applied: inputs are taken as 0 to 1", keyword, static_cast<double>(v[0]),
-                  static_cast<double>(v[1]), static_cast<double>(v[2])));
+      warn(line, format("%s %g %g %g is not applied: inputs are taken as 0 to 1", keyword, static_cast<double>(v[0]),
+                        static_cast<double>(v[1]), static_cast<double>(v[2])));
     }
   }
-
-  const Lut3dInput &input_;
-  Lines<256> lines_;
-  int size_ = 0;
-  std::vector<std::string> warnings_;
 };
-
-[[noreturn]] void unreadable(const Lut3dInput &input, const std::string &what) {
-  throw Failure(kInputError, input_name(input.path) + ": " + what);
-}
 
 Lut3dFile read_cube(const Lut3dInput &input, std::FILE *f) {
   Lut3dFile file;
-  file.warnings = CubeScan(input, f).run();
-  std::rewind(f);
-  file.lut.reset(vexo_3dlut_load_cube(f));
+  CubeJudge judge = {input, f, {}};
+  file.lut = judged(std::ref(judge),
+                    [f](const Collector *collector) { return Lut3d(vexo_internal::read_cube(f, collector)); });
+  file.warnings = std::move(judge.warnings);
   return file;
 }
 
-long count_eecolor_lines(std::FILE *f) {
-  long count = 0;
-  for (Lines<256> lines(f); lines.next();) {
-    count += six_numbers(lines.text()) ? 1 : 0;
+// As given, or the cube root of the number of entries.
+int eecolor_size(const Lut3dInput &input, std::FILE *f) {
+  long long count = 0;
+  long long size = input.size;
+  if (size == 0) {
+    count = vexo_internal::count_eecolor(f);
+    size = std::llround(std::cbrt(static_cast<double>(count)));
+    std::rewind(f);
   }
-  std::rewind(f);
-  return count;
-}
-
-// The cube root of the number of entry lines, unless the size is given.
-int eecolor_size(const Lut3dInput &input, long count) {
-  const long size = input.size > 0 ? input.size : std::lround(std::cbrt(static_cast<double>(count)));
   if (size > input.max_size) {
-    unreadable(input, format("%ld grid points, expected at most %d (--max-size)", size, input.max_size));
+    unreadable(input, format("%lld grid points, expected at most %d (--max-size)", size, input.max_size));
   }
-  if (input.size > 0 ? count < size * size * size : count < 1 || size * size * size != count) {
-    unreadable(input, input.size > 0 ? format("%ld lines of six numbers, expected %ld for %ld grid points", count,
-                                              size * size * size, size)
-                                     : format("%ld lines of six numbers, which is no cube number", count));
+  if (input.size == 0 && (count < 1 || size * size * size != count)) {
+    unreadable(input, format("%lld lines of six numbers, which is no cube number", count));
   }
   return static_cast<int>(size);
 }
 
 Lut3dFile read_eecolor(const Lut3dInput &input, std::FILE *f) {
+  const int size = eecolor_size(input, f);
+  long left_over = 0;
+  const auto judge = [&](const Remark &remark) {
+    if (remark.kind == Remark::too_few && std::ferror(f) == 0) {
+      unreadable(input, format("%lld lines of six numbers, expected %lld for %d grid points", remark.found,
+                               remark.expected, size));
+    }
+    left_over += remark.kind == Remark::too_many ? 1 : 0;
+    return true;
+  };
   Lut3dFile file;
-  const long count = count_eecolor_lines(f);
-  const int size = eecolor_size(input, count);
-  const long left_over = count - static_cast<long>(size) * size * size;
+  file.lut =
+      judged(judge, [&](const Collector *collector) { return Lut3d(vexo_internal::read_eecolor(f, size, collector)); });
   if (left_over > 0) {
     file.warnings.push_back(
         format("%s: the last %ld lines of six numbers are not read", input_name(input.path).c_str(), left_over));
   }
-  file.lut.reset(vexo_3dlut_load_eecolor(f, size));
   return file;
 }
 
 Lut3dFile read_dat(const Lut3dInput &input, std::FILE *f) {
-  unsigned char header[128];
-  if (std::fread(header, 1, sizeof header, f) != sizeof header) {
+  vexo_internal::PackedHeader header = {};
+  if (!vexo_internal::read_packed_header(f, &header)) {
     unreadable(input, "shorter than the header of 128 bytes");
   }
-  const auto integer = [&](size_t at) {
-    return header[at] | static_cast<unsigned>(header[at + 1]) << 8 | static_cast<unsigned>(header[at + 2]) << 16 |
-           static_cast<unsigned>(header[at + 3]) << 24;
-  };
-  const unsigned magic = integer(0);
-  const unsigned version = integer(4);
-  const unsigned bits = integer(64);
-  const int size = header[126];
-  if (magic != 0x42340299U) {
-    unreadable(input, format("not a packed 3D LUT: magic 0x%08x, expected 0x42340299", magic));
+  if (header.magic != vexo_internal::kPackedMagic) {
+    unreadable(input,
+               format("not a packed 3D LUT: magic 0x%08x, expected 0x%08x", header.magic, vexo_internal::kPackedMagic));
   }
-  if (version < 0x02000000U || version == 0x03000000U) {
-    unreadable(input, format("version 0x%08x, which has no reader; expected 0x02000000", version));
+  if (!vexo_internal::packed_version(header.version)) {
+    unreadable(input, format("version 0x%08x, which has no reader; expected 0x%08x", header.version,
+                             vexo_internal::kPackedVersion));
   }
-  if (bits < 1 || bits > 10 || size < 1 || size > input.max_size) {
-    unreadable(input, format("%u bits and %d grid points, expected 1 to 10 and 1 to %d", bits, size, input.max_size));
+  if (header.nbits < 1 || header.nbits > 10 || header.size < 1 || header.size > input.max_size) {
+    unreadable(input, format("%u bits and %d grid points, expected 1 to 10 and 1 to %d", header.nbits, header.size,
+                             input.max_size));
   }
   std::fseek(f, 0, SEEK_END);
-  const long wanted = 128 + 4L * size * size * size;
+  const long wanted = 128 + 4L * header.size * header.size * header.size;
   const long length = std::ftell(f);
   if (length < wanted) {
-    unreadable(input, format("%ld bytes, expected %ld for %d grid points", length, wanted, size));
+    unreadable(input, format("%ld bytes, expected %ld for %d grid points", length, wanted, header.size));
   }
   std::rewind(f);
   Lut3dFile file;
@@ -285,8 +235,8 @@ Lut3dFile read_dat(const Lut3dInput &input, std::FILE *f) {
     file.warnings.push_back(
         format("%s: %ld bytes after the last entry are not read", input_name(input.path).c_str(), length - wanted));
   }
-  file.bits = static_cast<int>(bits);
-  file.version = version;
+  file.bits = static_cast<int>(header.nbits);
+  file.version = header.version;
   file.lut.reset(vexo_3dlut_load_dat(f));
   return file;
 }

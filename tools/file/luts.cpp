@@ -1,22 +1,24 @@
 #include "file/luts.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <utility>
 
+#include "base/codes.h"
+#include "base/lines.h"
+#include "base/numbers.h"
 #include "file/input.h"
+#include "file/remarks.h"
 #include "text/channels.h"
 #include "text/failure.h"
 #include "text/format.h"
-#include "text/lines.h"
+#include "vexo-gamma-readers.h"
 
 namespace {
 
 const long long kLargest = 1 << 20; // entries; far beyond any hardware, and no burden
 const int kLargestLog2 = 20;
-const int kColumnLimit = 1024;    // numbers read from a column
 const size_t kMostIssues = 10000; // of a file
 
 [[noreturn]] void refuse(const std::string &path, const std::string &what) {
@@ -30,9 +32,16 @@ void add_issue(LutScan &scan, const LutIssue &issue) {
   scan.issues.push_back(issue);
 }
 
-int numbers_in(const char *text) {
-  float v[3];
-  return std::max(0, std::sscanf(text, "%f %f %f", &v[0], &v[1], &v[2]));
+// How many numbers a line begins with, up to three.
+int leading_numbers(const char *text, const char *limit) {
+  int count = 0;
+  for (float number = 0.0F; count < 3; count++) {
+    text = vexo_internal::scan(text, limit, &number);
+    if (text == nullptr) {
+      break;
+    }
+  }
+  return count;
 }
 
 // By the first line of numbers; codes with fractions, and as many lines as 2 to the power of the size, tell decimal
@@ -42,15 +51,14 @@ std::string find_layout(const std::string &path, std::FILE *f) {
   long long count = 0;
   int columns = 0;
   bool fractions = false;
-  for (Lines<1024> lines(f); lines.next();) {
-    const char *text = lines.text();
-    const int found = numbers_in(text);
-    if (std::sscanf(text, "LUT_1D_SIZE %lld", &size) == 1 || found == 0) {
+  for (vexo_internal::StreamLines<1024> lines(f); lines.next();) {
+    const int found = leading_numbers(lines.text(), lines.limit());
+    if (std::sscanf(lines.text(), "LUT_1D_SIZE %lld", &size) == 1 || found == 0) {
       continue;
     }
     columns = columns == 0 ? found : columns;
     count++;
-    fractions = fractions || std::strpbrk(text, ".eE") != nullptr;
+    fractions = fractions || std::strpbrk(lines.text(), ".eE") != nullptr;
   }
   std::rewind(f);
   if (columns == 0) {
@@ -62,118 +70,104 @@ std::string find_layout(const std::string &path, std::FILE *f) {
   return fractions || (size > 2 && size <= kLargestLog2 && count == 1LL << size) ? "decimal" : "integer";
 }
 
-// A header line "KEYWORD number" within limits; false for any other line.
-bool header(const LutScan &scan, const Lines<1024> &lines, const char *keyword, long long min, long long max,
-            long long *number) {
-  const size_t length = std::strlen(keyword);
-  if (std::strncmp(lines.text(), keyword, length) != 0 || std::sscanf(lines.text() + length, "%lld", number) != 1) {
-    return false;
+void judge_codes(LutScan &scan, const Remark &entry) {
+  scan.entries.push_back({entry.line, {entry.values[0], entry.values[1], entry.values[2]}});
+  const long long most = (1LL << scan.bits) - 1;
+  for (int c = 0; c < 3; c++) {
+    const float code = entry.values[c];
+    if (!(code >= 0.0F && code <= static_cast<float>(most))) {
+      add_issue(scan, {entry.line, true,
+                       format("%s is %.9g, outside 0 to %lld (%d bits)", kChannels[c], static_cast<double>(code), most,
+                              scan.bits)});
+    }
   }
-  if (*number < min || *number > max) {
-    refuse(scan.path + ":" + std::to_string(lines.number()),
-           format("%s %lld, expected %lld to %lld", keyword, *number, min, max));
+  if (!blank(entry.text)) {
+    add_issue(scan, {entry.line, false, "text after the third number is passed over"});
   }
-  return true;
 }
 
-// The three numbers of a line and what follows them; false where the library's reader finds fewer.
-bool scan_codes(const char *text, bool decimal, LutEntry &entry, const char **rest) {
-  int end = 0;
-  long long codes[3] = {};
-  float(&v)[3] = entry.value;
-  const int count = decimal ? std::sscanf(text, "%f %f %f%n", &v[0], &v[1], &v[2], &end)
-                            : std::sscanf(text, "%lld %lld %lld%n", &codes[0], &codes[1], &codes[2], &end);
-  for (int c = 0; c < 3 && !decimal; c++) {
-    v[c] = static_cast<float>(codes[c]);
-  }
-  *rest = text + end;
-  return count == 3;
-}
+// Of a three-channel file.
+struct LutJudge {
+  LutScan &scan;
+  bool sized = false;
 
-void scan_three(LutScan &scan) {
-  const bool decimal = scan.layout == "decimal";
-  const auto add = [&](long line, bool fatal, const std::string &text) { add_issue(scan, {line, fatal, text}); };
-  Lines<1024> lines(scan.file.get());
-  bool more = lines.next();
-  long long size = decimal ? 10 : 1024;
-  long long bits = decimal ? 8 : 16;
-  if (header(scan, lines, "LUT_1D_SIZE", decimal ? 1 : 2, decimal ? kLargestLog2 : kLargest, &size)) {
-    more = lines.next();
-    if (more && header(scan, lines, "LUT_1D_BITS", 1, 30, &bits)) {
-      more = lines.next();
-    } else {
-      add(0, false, format("no LUT_1D_BITS line after the size: %lld bits are assumed", bits));
-    }
-  } else {
-    add(0, false, format("no LUT_1D_SIZE line at the start: 1024 entries of %lld bits are assumed", bits));
-  }
-  scan.size = static_cast<int>(decimal ? 1LL << size : size);
-  scan.bits = static_cast<int>(bits);
-  const float max_code = static_cast<float>((1LL << bits) - 1);
-  int i = 0;
-  for (; i < scan.size && more; i++, more = lines.next()) {
-    LutEntry entry = {lines.number(), {}};
-    const char *rest = nullptr;
-    if (!scan_codes(lines.text(), decimal, entry, &rest)) {
-      add(entry.line, true, format("not three %s, so entry %d stays 0", decimal ? "numbers" : "codes", i));
-      continue;
-    }
-    scan.entries.push_back(entry);
-    for (int c = 0; c < 3; c++) {
-      if (!(entry.value[c] >= 0.0F && entry.value[c] <= max_code)) {
-        add(entry.line, true,
-            format("%s is %.9g, outside 0 to %lld (%lld bits)", kChannels[c], static_cast<double>(entry.value[c]),
-                   (1LL << bits) - 1, bits));
+  bool operator()(const Remark &r) {
+    const bool decimal = scan.layout == "decimal";
+    const auto add = [&](bool fatal, const std::string &text) { add_issue(scan, {r.line, fatal, text}); };
+    switch (r.kind) {
+    case Remark::size:
+      check_header(r, "LUT_1D_SIZE", decimal ? 1 : 2, decimal ? kLargestLog2 : kLargest);
+      sized = true;
+      return true;
+    case Remark::bits:
+    case Remark::no_bits:
+      check_header(r, "LUT_1D_BITS", 1, 30);
+      scan.bits = static_cast<int>(r.found);
+      scan.size = static_cast<int>(r.expected);
+      if (r.kind == Remark::no_bits) {
+        add(false, sized ? format("no LUT_1D_BITS line after the size: %d bits are assumed", scan.bits)
+                         : format("no LUT_1D_SIZE line at the start: %d entries of %d bits are assumed", scan.size,
+                                  scan.bits));
       }
-    }
-    if (!blank(rest)) {
-      add(entry.line, false, "text after the third number is passed over");
-    }
-  }
-  if (i < scan.size) {
-    add(0, true, format("the file ends after %d lines of data, expected %d", i, scan.size));
-  }
-  for (; more; more = lines.next()) {
-    if (!blank(lines.text())) {
-      add(lines.number(), false,
-          format("more than the %d lines of data; this one and those after it are not read", scan.size));
-      return;
-    }
-  }
-}
-
-void scan_column(LutScan &scan) {
-  const auto add = [&](long line, bool fatal, const std::string &text) { add_issue(scan, {line, fatal, text}); };
-  for (Lines<128> lines(scan.file.get()); lines.next();) {
-    float v = 0.0F;
-    int end = 0;
-    const char *text = lines.text();
-    if (std::sscanf(text, "%f%n", &v, &end) != 1) {
-      if (!blank(text) && *text != '#' && std::strncmp(text, "LUT_1D_", 7) != 0 &&
-          std::strncmp(text, "TITLE", 5) != 0) {
-        add(lines.number(), false, "no number, passed over");
+      return true;
+    case Remark::entry:
+      judge_codes(scan, r);
+      return true;
+    case Remark::passed_over:
+      add(true, format("not three %s, so entry %lld stays 0", decimal ? "numbers" : "codes", r.found));
+      return true;
+    case Remark::too_few:
+      add(true, format("the file ends after %lld lines of data, expected %d", r.found, scan.size));
+      return true;
+    case Remark::too_many:
+      if (!blank(r.text)) {
+        add(false, format("more than the %d lines of data; this one and those after it are not read", scan.size));
       }
-      continue;
+      return blank(r.text);
+    default:
+      return true;
     }
-    if (scan.entries.size() == kColumnLimit) {
-      add(lines.number(), false,
-          format("more than %d numbers; this one and those after it are not read", kColumnLimit));
-      break;
+  }
+
+  void check_header(const Remark &r, const char *keyword, long long min, long long max) const {
+    if (r.found < min || r.found > max) {
+      refuse(scan.path + ":" + std::to_string(r.line),
+             format("%s %lld, expected %lld to %lld", keyword, r.found, min, max));
     }
-    const char *rest = text + end + std::strspn(text + end, " \t");
-    if (!blank(rest) && *rest != '#') {
-      add(lines.number(), false, "text after the number is passed over");
+  }
+};
+
+// Of a column.
+bool judge_column(LutScan &scan, const Remark &r) {
+  const auto add = [&](bool fatal, const std::string &text) { add_issue(scan, {r.line, fatal, text}); };
+  const auto begins = [&](const char *word) { return std::strncmp(r.text, word, std::strlen(word)) == 0; };
+  if (r.kind == Remark::entry) {
+    const float v = r.values[0];
+    scan.entries.push_back({r.line, {v, v, v}});
+    if (!blank(r.text) && r.text[std::strspn(r.text, " \t")] != '#') {
+      add(false, "text after the number is passed over");
     }
     if (!std::isfinite(v)) {
-      add(lines.number(), true, "the number is not finite");
+      add(true, "the number is not finite");
     }
-    scan.entries.push_back({lines.number(), {v, v, v}});
+  } else if (r.kind == Remark::passed_over && !blank(r.text) && !begins("#") && !begins("LUT_1D_") &&
+             !begins("TITLE")) {
+    add(false, "no number, passed over");
+  } else if (r.kind == Remark::too_many) {
+    add(false, format("more than %lld numbers; this one and those after it are not read", r.expected));
   }
+  return r.kind != Remark::too_many;
+}
+
+// A column has to rise.
+void check_ends(LutScan &scan) {
   scan.size = static_cast<int>(scan.entries.size());
-  if (!(scan.entries.back().value[0] > scan.entries.front().value[0])) {
-    add(0, true,
-        format("the last number, %g, is not above the first, %g", static_cast<double>(scan.entries.back().value[0]),
-               static_cast<double>(scan.entries.front().value[0])));
+  const float first = scan.entries.empty() ? 0.0F : scan.entries.front().value[0];
+  const float last = scan.entries.empty() ? 0.0F : scan.entries.back().value[0];
+  if (!(last > first)) {
+    add_issue(scan, {0, true,
+                     format("the last number, %g, is not above the first, %g", static_cast<double>(last),
+                            static_cast<double>(first))});
   }
 }
 
@@ -220,16 +214,38 @@ LutSet resampled(LutSet &luts, int size) {
   return result;
 }
 
+void round_to_codes(LutSet &luts, int bits) {
+  const float max_code = vexo_internal::max_code(bits);
+  for (int c = 0; c < 3; c++) {
+    const vexo_lut &lut = luts.get()[c];
+    for (int i = 0; i < lut.size; i++) {
+      lut.d[i] = static_cast<float>(vexo_internal::quantise(lut.d[i], max_code)) / max_code;
+    }
+  }
+}
+
 LutScan scan_luts(const std::string &path, const std::string &layout) {
   if (!layout.empty() && layout != "integer" && layout != "decimal" && layout != "column") {
     throw Failure(kUsageError, "--from '" + layout + "': expected integer, decimal or column");
   }
   LutScan scan;
   scan.path = path;
-  scan.file = open_input(path, "a LUT file");
-  const std::string found = find_layout(path, scan.file.get());
+  const File f = open_input(path, "a LUT file");
+  const std::string found = find_layout(path, f.get());
   scan.layout = layout.empty() ? found : layout;
-  scan.layout == "column" ? scan_column(scan) : scan_three(scan);
+  const bool column = scan.layout == "column";
+  const auto read = column                     ? vexo_internal::read_column
+                    : scan.layout == "decimal" ? vexo_internal::read_decimal_luts
+                                               : vexo_internal::read_integer_luts;
+  const Judge judge = column ? Judge([&](const Remark &r) { return judge_column(scan, r); }) : LutJudge{scan};
+  scan.complete =
+      judged(judge, [&](const Collector *collector) { return read(f.get(), scan.luts.get(), collector); }) == 0;
+  if (column) {
+    check_ends(scan);
+  }
+  if (std::ferror(f.get()) != 0) { // to the library a file ends where reading does
+    refuse(path, "read failed");
+  }
   return scan;
 }
 
@@ -237,28 +253,26 @@ std::string issue_text(const LutScan &scan, const LutIssue &issue) {
   return input_name(scan.path) + (issue.line > 0 ? ":" + std::to_string(issue.line) : "") + ": " + issue.text;
 }
 
-LutSet load_luts(const LutScan &scan) {
+LutSet load_luts(LutScan &scan) {
   for (const LutIssue &issue : scan.issues) {
     if (issue.fatal) {
       throw Failure(kInputError, issue_text(scan, issue));
     }
   }
-  LutSet luts;
-  int status = 0;
-  std::FILE *const f = scan.file.get();
-  std::rewind(f);
-  if (scan.layout == "column") {
-    for (int c = 0; c < 3 && status == 0; c++) {
-      std::rewind(f);
-      status = vexo_lut_load_custom(f, luts.get() + c);
-    }
-  } else {
-    status = (scan.layout == "decimal" ? vexo_luts_load_file : vexo_luts_load_int)(f, luts.get());
+  if (!scan.complete) {
+    refuse(scan.path, "out of memory");
   }
-  if (status != 0 || std::ferror(f) != 0) { // to the library a column ends where reading does
-    refuse(scan.path, std::ferror(f) != 0 ? "read failed" : "out of memory");
+  if (scan.layout != "column") {
+    return std::move(scan.luts);
+  }
+  LutSet luts(scan.size);
+  for (int c = 0; c < 3; c++) {
+    vexo_lut_set_data(luts.get() + c, scan.luts.get()[0].d);
   }
   return luts;
 }
 
-LutSet read_luts(const std::string &path) { return load_luts(scan_luts(path, "integer")); }
+LutSet read_luts(const std::string &path) {
+  LutScan scan = scan_luts(path, "integer");
+  return load_luts(scan);
+}

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "file/input.h"
+#include "file/input.h" // input_name()
 #include "vexo-gamma.h"
 
 // Three LUTs of one size, freed with the object.
@@ -32,6 +32,9 @@ LutSet identity_luts(int size);
 // LUTs of one size resampled to another, both ends kept.
 LutSet resampled(LutSet &luts, int size);
 
+// Rounds each value to the code of so many bits that a file of it holds.
+void round_to_codes(LutSet &luts, int bits);
+
 // The text layouts that can be read: "integer", three columns of codes; "decimal", three columns of codes that may have
 // fractions, its size line giving the base-2 logarithm of the entry count; "column", one column of any numbers, which
 // reading makes strictly increasing from 0 to 1.
@@ -47,15 +50,16 @@ struct LutEntry {
   float value[3]; // as in the file; of a column, three times the same
 };
 
-// A LUT file as its text says, line by line.
+// A LUT file as its text says, line by line, and as the library reads it.
 struct LutScan {
   std::string path;
-  File file;
   std::string layout;
   int size = 0; // entries that the file should hold
   int bits = 0; // 0 in a column
   std::vector<LutEntry> entries;
   std::vector<LutIssue> issues;
+  LutSet luts;           // as the library reads the file; a column in the first
+  bool complete = false; // the library read all of it
 };
 
 // layout: empty to find out. Throws a Failure: usage for an unknown layout; input where no entry can be told.
@@ -64,8 +68,8 @@ LutScan scan_luts(const std::string &path, const std::string &layout);
 // "FILE:LINE: what"
 std::string issue_text(const LutScan &scan, const LutIssue &issue);
 
-// The LUTs of a file without fatal issues, as the library reads them; a column three times. Throws a Failure (input).
-LutSet load_luts(const LutScan &scan);
+// Takes the LUTs of a file without fatal issues; a column three times. Throws a Failure (input).
+LutSet load_luts(LutScan &scan);
 
 // Scans and loads a three-channel integer file. Throws a Failure (input).
 LutSet read_luts(const std::string &path);

@@ -1,102 +1,86 @@
 #include "file/panel.h"
 
-#include <expat.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cmath>
 #include <cstring>
-#include <memory>
 
 #include "file/input.h"
 #include "file/output.h"
+#include "file/remarks.h"
 #include "text/channels.h"
 #include "text/failure.h"
 #include "text/format.h"
 #include "vexo-cs.h"
+#include "vexo-lcnr-streams.h"
 
 namespace {
 
-const size_t kCapacity = 64;     // rows of vexo_lcnr
-const size_t kLongestRow = 4096; // characters of a row that are looked at: far more than ten numbers need
-
-struct Element {
-  int line;
-  std::string text;
-};
-
-// The LEVEL elements of a document, each with its text; those beyond the capacity are only counted.
-struct Scan {
-  XML_Parser parser = nullptr;
-  std::vector<Element> elements;
-  size_t count = 0;
-  int depth = 0;
-};
-
-bool is_level(const char *name) { return std::strcmp(name, "LEVEL") == 0; }
-
-void on_start(void *data, const char *name, const char ** /*attributes*/) {
-  auto *scan = static_cast<Scan *>(data);
-  if (is_level(name) && scan->depth++ == 0 && scan->count++ < kCapacity) {
-    scan->elements.push_back({static_cast<int>(XML_GetCurrentLineNumber(scan->parser)), ""});
-  }
-}
-
-void on_end(void *data, const char *name) { static_cast<Scan *>(data)->depth -= is_level(name) ? 1 : 0; }
-
-void on_text(void *data, const char *text, int length) {
-  auto *scan = static_cast<Scan *>(data);
-  if (scan->depth > 0 && scan->elements.back().text.size() < kLongestRow) {
-    scan->elements.back().text.append(text, static_cast<size_t>(length));
-  }
-}
+const size_t kCapacity = 64; // rows of vexo_lcnr
 
 [[noreturn]] void refuse(const std::string &path, const std::string &what) {
   throw Failure(kInputError, path + ": " + what);
 }
 
-Scan read_elements(const std::string &path) {
-  const std::string text = read_text(path, "an LCNR file");
-  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
-  if (parser == nullptr) {
-    refuse(path, "cannot read: out of memory");
-  }
-  Scan scan;
-  scan.parser = parser.get();
-  XML_SetUserData(parser.get(), &scan);
-  XML_SetElementHandler(parser.get(), on_start, on_end);
-  XML_SetCharacterDataHandler(parser.get(), on_text);
-  if (XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), 1) != XML_STATUS_OK) {
-    throw Failure(kInputError, format("%s:%lu: not XML: %s", path.c_str(), XML_GetCurrentLineNumber(parser.get()),
-                                      XML_ErrorString(XML_GetErrorCode(parser.get()))));
-  }
-  return scan;
-}
+// A LEVEL element and what the reader makes of it.
+struct Element {
+  int line = 0;
+  int pieces = 0;        // of text; each is a row to the reader
+  long long numbers = 0; // of the last piece
+  bool clean = false;    // nothing but blanks follows them
+  bool broken = false;   // over several lines
+};
 
-// How many of the ten numbers stand at the start of the text, and whether nothing but blanks follows the tenth.
-int leading_numbers(const std::string &text, bool *clean_end) {
-  float d[10];
-  int end = 0;
-  const int count = std::sscanf(text.c_str(), " %f,%f,%f,%f,%f,%f,%f,%f,%f,%f %n", &d[0], &d[1], &d[2], &d[3], &d[4],
-                                &d[5], &d[6], &d[7], &d[8], &d[9], &end);
-  *clean_end = count == 10 && static_cast<size_t>(end) == text.size();
-  return count < 0 ? 0 : count;
-}
+// The outermost LEVEL elements of a document; those beyond the capacity are only counted.
+struct Document {
+  std::string path;
+  std::vector<Element> elements;
+  size_t count = 0;
+  long pieces = 0; // of text in all
 
-void check_element(const std::string &path, const Element &element, size_t row) {
-  const std::string where = format("%s:%d: row %zu: ", path.c_str(), element.line, row);
-  bool clean_end = false;
-  const int count = leading_numbers(element.text, &clean_end);
-  if (count < 10) {
-    throw Failure(kInputError, where + format("%d numbers, expected ten separated by commas "
-                                              "(level, then X,Y,Z of red, green and blue)",
-                                              count));
+  bool operator()(const Remark &remark) {
+    switch (remark.kind) {
+    case Remark::element:
+      if (count++ < kCapacity) {
+        elements.push_back({static_cast<int>(remark.line)});
+      }
+      return true;
+    case Remark::row:
+      elements.back().numbers = remark.found;
+      elements.back().clean = blank(remark.text);
+      elements.back().broken = elements.back().broken || std::strchr(remark.text, '\n') != nullptr;
+      [[fallthrough]];
+    case Remark::too_many:
+      elements.back().pieces++;
+      pieces++;
+      return true;
+    case Remark::refused:
+      if (remark.line == 0) {
+        refuse(path, std::string("cannot read: ") + remark.text);
+      }
+      throw Failure(kInputError, format("%s:%ld: not XML: %s", path.c_str(), remark.line, remark.text));
+    default:
+      return true;
+    }
   }
-  if (!clean_end) {
-    throw Failure(kInputError, where + "text after the tenth number, expected nothing");
-  }
-  if (element.text.find('\n') != std::string::npos) {
+};
+
+void check_element(const Document &document, size_t row) {
+  const Element &element = document.elements[row];
+  const std::string where = format("%s:%d: row %zu: ", document.path.c_str(), element.line, row);
+  if (element.pieces > 1 && element.broken) {
     throw Failure(kInputError, where + "the element spans several lines, expected all ten numbers on one");
+  }
+  if (element.pieces > 1) {
+    throw Failure(kInputError, where + format("text in %d pieces (%zu LEVEL elements give %ld), expected ten numbers "
+                                              "on one line and nothing else",
+                                              element.pieces, document.count, document.pieces));
+  }
+  if (element.numbers < 10) {
+    throw Failure(kInputError, where + format("%lld numbers, expected ten separated by commas "
+                                              "(level, then X,Y,Z of red, green and blue)",
+                                              element.numbers));
+  }
+  if (!element.clean) {
+    throw Failure(kInputError, where + "text after the tenth number, expected nothing");
   }
 }
 
@@ -160,27 +144,25 @@ Panel read_panel(const std::string &path) {
   if (path == "-") {
     throw Failure(kUsageError, "a panel is read from a file, not from standard input");
   }
-  const Scan scan = read_elements(path);
-  const std::vector<Element> &elements = scan.elements;
-  if (scan.count == 0) {
-    refuse(path, "no LEVEL rows");
-  }
-  if (scan.count < 2 || scan.count > kCapacity) {
-    refuse(path, format("%zu LEVEL rows, expected 2 to %zu", scan.count, kCapacity));
+  std::string text = read_text(path, "an LCNR file");
+  const File f(fmemopen(text.data(), text.size(), "r"));
+  if (f == nullptr) {
+    refuse(path, "cannot read: out of memory");
   }
   Panel panel;
   panel.path = path;
-  for (size_t row = 0; row < elements.size(); row++) {
-    check_element(path, elements[row], row);
-    panel.lines.push_back(elements[row].line);
+  Document document = {path, {}, 0, 0};
+  judged(std::ref(document),
+         [&](const Collector *collector) { return vexo_internal::read_lcnr(f.get(), &panel.lcnr, collector); });
+  if (document.count == 0) {
+    refuse(path, "no LEVEL rows");
   }
-  if (vexo_load_lcnr_xml(&panel.lcnr, path.c_str()) != 0) {
-    refuse(path, "cannot be read as an LCNR file");
+  if (document.count < 2 || document.count > kCapacity) {
+    refuse(path, format("%zu LEVEL rows, expected 2 to %zu", document.count, kCapacity));
   }
-  if (static_cast<size_t>(panel.lcnr.num) != elements.size()) {
-    refuse(path,
-           format("%zu LEVEL elements give %d pieces of text; each holds its numbers on one line and nothing else",
-                  elements.size(), panel.lcnr.num));
+  for (size_t row = 0; row < document.elements.size(); row++) {
+    check_element(document, row);
+    panel.lines.push_back(document.elements[row].line);
   }
   check_values(panel);
   check_light(panel);
@@ -216,20 +198,6 @@ std::string unusable_row(const Panel &panel) {
 
 void write_panel(const std::string &path, vexo_lcnr lcnr) {
   OutputFile file(path);
-  // The library writes to a path and checks nothing, so it writes to memory.
-  const int fd = memfd_create("panel", MFD_CLOEXEC);
-  const File memory(fd < 0 ? nullptr : fdopen(fd, "r"));
-  if (memory == nullptr || vexo_store_lcnr_xml(&lcnr, format("/proc/self/fd/%d", fd).c_str()) != 0) {
-    throw Failure(kOutputError, path + ": cannot write: no memory file");
-  }
-  std::string text;
-  for (int c = std::getc(memory.get()); c != EOF; c = std::getc(memory.get())) {
-    text.push_back(static_cast<char>(c));
-  }
-  const std::string end = "</LCNR>";
-  if (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) {
-    throw Failure(kOutputError, path + ": write failed: no memory file of its size");
-  }
-  std::fwrite(text.data(), 1, text.size(), file.stream());
+  vexo_internal::write_lcnr(file.stream(), &lcnr);
   file.commit();
 }

@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 std::string format(const char *pattern, ...) {
   va_list args;
@@ -21,3 +22,5 @@ std::string join(const std::vector<std::string> &words) {
   }
   return text;
 }
+
+bool blank(const char *text) { return text[std::strspn(text, " \t\r\n")] == '\0'; }

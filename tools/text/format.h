@@ -11,4 +11,7 @@ std::string format(const char *pattern, ...) __attribute__((format(printf, 1, 2)
 // The words with a blank between them.
 std::string join(const std::vector<std::string> &words);
 
+// Whether the text holds nothing but blanks.
+bool blank(const char *text);
+
 #endif

@@ -1,5 +1,5 @@
-// Resampling, packed words and listings of 3D LUTs in their plain form, entry by entry: what the library's faster forms
-// are checked against, and measured by.
+// Resampling and packed words of 3D LUTs in their plain form, entry by entry: what the library's faster forms are
+// checked against, and measured by.
 #ifndef VEXO_TESTS_3DLUT_PLAIN_H
 #define VEXO_TESTS_3DLUT_PLAIN_H
 
@@ -94,28 +94,6 @@ inline bool read_words(std::FILE *f, vexo_vector *entries, size_t count) {
     }
   }
   return true;
-}
-
-inline void print_coe_words(std::FILE *f, const vexo_vector *entries, size_t count) {
-  for (size_t i = 0; i < count; i++) {
-    std::fprintf(f, "%08x,\n", word_of(entries[i], 1024.0F, 1023, 10));
-  }
-}
-
-inline long long print_listing(std::FILE *f, vexo_3dlut *lut) {
-  long long sum = 0;
-  const int size = vexo_3dlut_size(lut);
-  for (int bi = 0; bi < size; bi++) {
-    for (int gi = 0; gi < size; gi++) {
-      for (int ri = 0; ri < size; ri++) {
-        const vexo_vector &v = *vexo_3dlut_item(lut, bi, gi, ri);
-        sum += std::fprintf(f, "%5d,%5d,%5d\t[%4d][%4d][%4d]\n", static_cast<int>(code_of(v.d[0], 1023.0F, ~0U)),
-                            static_cast<int>(code_of(v.d[1], 1023.0F, ~0U)),
-                            static_cast<int>(code_of(v.d[2], 1023.0F, ~0U)), bi, gi, ri);
-      }
-    }
-  }
-  return sum;
 }
 
 } // namespace plain
