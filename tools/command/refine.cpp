@@ -43,7 +43,7 @@ bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, L
 void run(const Options &options, const std::string &command_line) {
   PanelInput input = read_panel_input(options.panel);
   const Target target = parse_target(options.target);
-  const LutScan scan = scan_luts(options.luts, "integer");
+  LutScan scan = scan_luts(options.luts, "integer");
   LutSet before = load_luts(scan);
   const GrayRamp ramp = read_gray_ramp(options.report.verify, input.panel);
   input.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
