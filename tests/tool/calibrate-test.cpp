@@ -103,7 +103,7 @@ TEST_F(Tool, CalibratesTheSamplePanel) {
     ASSERT_EQ(r.code, 0) << options << r.err;
     EXPECT_EQ(r.err, "") << options;
     EXPECT_TRUE(has(r.out, "luts.txt, 3 x ")) << r.out;
-    EXPECT_TRUE(has(r.out, "prediction")) << r.out;
+    EXPECT_TRUE(has(r.out, "predicted, channels assumed to add")) << r.out;
     const int columns = 4; // mean and worst before, mean and worst after
     double figures[columns];
     for (int i = 0; i < columns; i++) {
@@ -172,7 +172,7 @@ TEST_F(Tool, SaysWhatIsWrongWithAPanelFile) {
   };
   for (const auto &c : cases) {
     save(path("panel"), c.text);
-    const Result r = run("calibrate panel -o luts.txt --condition off");
+    const Result r = run("calibrate panel -o luts.txt --recipe aligned --condition off");
     EXPECT_EQ(r.code, 3) << c.text << r.out;
     EXPECT_TRUE(has(r.err, c.message)) << c.text << r.err;
     EXPECT_EQ(r.out, "");

@@ -159,7 +159,7 @@ TEST_F(Report, PageSaysWhatTheJsonSays) {
     EXPECT_TRUE(has(page, cells)) << cells;
   }
   for (const char *text :
-       {"predictions of the additive panel model", "D50: x 0.3457, y 0.3585", "srgb (slope 12.92",
+       {"predicted, channels assumed to add", "D50: x 0.3457, y 0.3585", "srgb (slope 12.92",
         report["panel"]["sha256"].get_ref<const std::string &>().c_str(), "vexo report true.xml luts.txt"}) {
     EXPECT_TRUE(has(page, text)) << text;
   }

@@ -76,7 +76,7 @@ private:
       const bool stays = row == 0 || row == from.num - 1;
       const std::string reason = stays ? "" : reason_to_leave_out(from, noise, row);
       if (!reason.empty()) {
-        note(row, "rows left out as noise near black", row_name(panel_, row) + " is left out: " + reason);
+        note(row, "row", "left out as noise near black", row_name(panel_, row) + " is left out: " + reason);
         continue;
       }
       to.sample[to.num] = from.sample[row];
@@ -122,18 +122,18 @@ private:
 
   void note_value(int row, int n, const char *verb, double from, double to, const std::string &why) {
     const int read = rows_[static_cast<size_t>(row)];
-    note(read, format("values of %s %s", kChannels[n / 3], verb),
+    note(read, "value", format("of %s %s", kChannels[n / 3], verb),
          row_name(panel_, read) + format(": %s %s is %s from %.7g to %.7g: %s", kChannels[n / 3], kComponents[n % 3],
                                          verb, from, to, why.c_str()));
   }
 
-  // kind: what was done, for the summary.
-  void note(int row, const std::string &kind, const std::string &text) {
+  // noun and kind: what was done, for the summary.
+  void note(int row, const char *noun, const std::string &kind, const std::string &text) {
     result_.notes.push_back(text);
     const double level = panel_.lcnr.sample[row];
     const auto same = std::find_if(changes_.begin(), changes_.end(), [&](const Changes &c) { return c.kind == kind; });
     if (same == changes_.end()) {
-      changes_.push_back({kind, 1, level, level});
+      changes_.push_back({noun, kind, 1, level, level});
       return;
     }
     same->count++;
@@ -143,6 +143,7 @@ private:
 
   // Changes of one kind.
   struct Changes {
+    const char *noun;
     std::string kind;
     int count;
     double lowest; // level
@@ -151,7 +152,7 @@ private:
 
   void summarise() {
     for (const Changes &c : changes_) {
-      result_.summary.push_back(format("%d %s, ", c.count, c.kind.c_str()) +
+      result_.summary.push_back(format("%d %s%s %s, ", c.count, c.noun, c.count == 1 ? "" : "s", c.kind.c_str()) +
                                 (c.lowest == c.highest ? format("at level %g", c.lowest)
                                                        : format("from level %g to %g", c.lowest, c.highest)));
     }

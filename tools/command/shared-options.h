@@ -71,9 +71,8 @@ void write_reports(const ReportOptions &options, const Report &report);
 // Prints each limit on standard error. Throws a Failure (limit) when one is missed.
 void judge_limits(const std::vector<LimitResult> &limits);
 
-// Throws a Failure (limit) when the LUTs leave the gray ramp worse than it is without them. written says what became of
-// the LUTs.
-void fail_when_worse(const Report &report, const std::string &written);
+// "the LUTs make the gray ramp worse: ...", with the figures and what they rest on; empty when they do not.
+std::string worse_than_without(const Report &report);
 
 // "vexo: TEXT" on standard error.
 void warn(const std::string &text);
