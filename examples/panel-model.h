@@ -1,11 +1,13 @@
-// A simulated display panel, in double precision: the truth that a calibration works towards. Three channels add above
-// a black that leaks into every reading; no channel follows a pure power law or keeps its chromaticity as it dims.
+// A simulated display panel, in double precision: the truth that a calibration works towards. A black leaks into every
+// reading. No channel follows a pure power law or keeps its chromaticity as it dims. Where several channels give light,
+// the panel limits its power and the channels disturb each other: they do not add.
 #ifndef VEXO_EXAMPLES_PANEL_MODEL_H
 #define VEXO_EXAMPLES_PANEL_MODEL_H
 
 #include <array>
 #include <cmath>
 #include <random>
+#include <vector>
 
 #include "vexo.h"
 
@@ -20,9 +22,16 @@ struct Channel {
   double s;     // share of the S curve of a liquid crystal in the response, 0..1
 };
 
+// What happens where several channels give light, at its strongest in white.
+struct Interaction {
+  double limit; // the part of the light that power limiting takes
+  Color cross;  // XYZ that crosstalk adds
+};
+
 struct Panel {
   Channel channel[3]; // red, green, blue
   Color black;        // in every reading
+  Interaction interaction;
 };
 
 // Standard deviations of what the probe adds to a reading.
@@ -40,11 +49,17 @@ inline double response(const Channel &channel, double drive) {
 // What the panel shows above black at three drives of 0..1.
 inline Color light(const Panel &panel, const Color &drive) {
   Color sum = {};
+  Color given = {};
   for (size_t c = 0; c < 3; c++) {
     const Channel &channel = panel.channel[c];
+    given[c] = response(channel, drive[c]);
     for (size_t m = 0; m < 3; m++) {
-      sum[m] += response(channel, drive[c]) * (channel.full[m] + channel.drift[m] * (1.0 - drive[c]));
+      sum[m] += given[c] * (channel.full[m] + channel.drift[m] * (1.0 - drive[c]));
     }
+  }
+  const double together = (given[0] * given[1] + given[1] * given[2] + given[2] * given[0]) / 3.0;
+  for (size_t m = 0; m < 3; m++) {
+    sum[m] += panel.interaction.cross[m] * together - panel.interaction.limit * together * sum[m];
   }
   return sum;
 }
@@ -85,16 +100,50 @@ inline vexo_lcnr measure(const Panel &panel, int rows, const Noise &noise = {}) 
   return lcnr;
 }
 
-// A desktop liquid-crystal panel: 300 cd/m2, contrast 1000:1, its white at x 0.310, y 0.319.
+// A gray that a probe has read. Its level stands for the input.
+struct GrayReading {
+  double level; // 0..1023
+  Color XYZ;
+};
+
+// Reads a gray ramp at count levels spread evenly over 0..1023. drives(input) leads from an input of 0..1 to the
+// drives.
+template <typename Drives>
+std::vector<GrayReading> measure_grays(const Panel &panel, int count, const Noise &noise, Drives drives) {
+  std::vector<GrayReading> ramp;
+  Normal normal;
+  for (int i = 0; i < count; i++) {
+    const double level = std::round(1023.0 * i / (count - 1));
+    GrayReading reading = {level, light(panel, drives(level / 1023.0))};
+    for (size_t m = 0; m < 3; m++) {
+      reading.XYZ[m] = (reading.XYZ[m] + panel.black[m]) * (1.0 + noise.relative * normal()) + noise.read * normal();
+    }
+    ramp.push_back(reading);
+  }
+  return ramp;
+}
+
+// A desktop liquid-crystal panel: 300 cd/m2, contrast 1000:1, its white at x 0.310, y 0.319. Its channels add.
 inline Panel desktop_panel() {
   return Panel{{{{132.0, 68.5, 5.2}, {-2.0, -0.5, 1.5}, 2.25, 0.10},
                 {{101.0, 209.0, 33.0}, {-3.0, -5.0, 4.0}, 2.20, 0.15},
                 {{59.0, 23.5, 312.0}, {2.0, 1.5, -8.0}, 2.10, 0.20}},
-               {0.29, 0.30, 0.42}};
+               {0.29, 0.30, 0.42},
+               {}};
 }
 
-// The content of sample-panel.xml: little enough noise that every column rises.
-inline vexo_lcnr sample_panel() { return measure(desktop_panel(), 33, Noise{0.0005, 0.0002}); }
+// The panel of the sample files: the same, but its channels do not add.
+inline Panel real_panel() {
+  Panel panel = desktop_panel();
+  panel.interaction = {0.20, {4.0, -10.0, 30.0}};
+  return panel;
+}
+
+// The probe of the sample files: little enough noise that every column rises.
+inline Noise sample_noise() { return {0.0005, 0.0002}; }
+
+// The content of sample-panel.xml.
+inline vexo_lcnr sample_panel() { return measure(real_panel(), 33, sample_noise()); }
 
 } // namespace panel_model
 

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <utility>
 
+#include "calibration/condition.h"
 #include "calibration/figures.h"
+#include "calibration/gray-ramp.h"
 #include "calibration/panel-model.h"
 #include "calibration/recipe.h"
-#include "file/csv.h"
 #include "file/input.h"
 #include "text/channels.h"
 #include "text/failure.h"
@@ -133,68 +134,40 @@ private:
   std::vector<Finding> findings_;
 };
 
-// The row of a level, as far as six decimals tell; -1 for none.
-int row_of(const vexo_lcnr &lcnr, float level) {
-  for (int i = 0; i < lcnr.num; i++) {
-    if (std::fabs(lcnr.sample[i] - level) <= 1.0e-5F * lcnr.sample[top_row(lcnr)]) {
-      return i;
-    }
+void add(Additivity::Distance *distance, double value, double level) {
+  distance->mean += value;
+  if (value > distance->worst) {
+    distance->worst = value;
+    distance->worst_level = level;
   }
-  return -1;
 }
 
-// The reading of level 0, or else the panel's.
-vexo_vector black_of_ramp(const std::vector<GrayReading> &grays, const vexo_lcnr &lcnr) {
-  vexo_vector black = single(black_of(lcnr));
-  for (const GrayReading &gray : grays) {
-    black = gray.level == 0.0F ? gray.XYZ : black;
-  }
-  return black;
-}
-
-// Adds a level to the comparison. False where a colour has no chromaticity.
-bool compare(Additivity *result, double level, const vexo_vector &measured, const vexo_vector &sum) {
-  const double Y = std::fabs(double{measured.d[1]} / sum.d[1] - 1.0);
-  const double uv = uv_distance(xyY(measured), xyY(sum));
-  if (!std::isfinite(Y) || !std::isfinite(uv)) {
-    return false;
-  }
-  result->levels++;
-  result->mean_Y += Y;
-  result->mean_uv += uv;
-  if (Y > result->worst_Y) {
-    result->worst_Y = Y;
-    result->worst_Y_level = level;
-  }
-  if (uv > result->worst_uv) {
-    result->worst_uv = uv;
-    result->worst_uv_level = level;
-  }
-  return true;
-}
-
-// Compares the levels that the gray ramp and the panel both have.
-Additivity additivity(const vexo_lcnr &lcnr, const std::string &path) {
-  const std::vector<GrayReading> grays = read_gray(path);
-  vexo_vector black = black_of_ramp(grays, lcnr);
+// Compares the levels that are judged.
+Additivity additivity(const GrayRamp &ramp, const PanelModel &model) {
+  const vexo_lcnr &rows = model.measurements();
+  const vexo_vector white = single(ramp.above_black(ramp.grays.size() - 1));
   Additivity result;
-  for (const GrayReading &gray : grays) {
-    const int row = row_of(lcnr, gray.level);
-    if (row >= 1 && is_judged(gray.level / lcnr.sample[top_row(lcnr)])) {
-      vexo_vector measured = gray.XYZ;
-      vexo_vector_sub(&measured, &black);
-      if (!compare(&result, gray.level, measured, sum_of_channels(lcnr, row))) {
-        throw Failure(kInputError,
-                      format("%s: level %g: the gray above black has no colour", input_name(path).c_str(), gray.level));
-      }
+  for (size_t i = 0; i < ramp.grays.size(); i++) {
+    const double t = ramp.grays[i].input;
+    const double level = t * rows.sample[top_row(rows)];
+    const vexo_vector measured = single(ramp.above_black(i));
+    const vexo_vector sum = single(model.additive({t, t, t}));
+    const double uv = uv_distance(xyY(measured), xyY(sum));
+    if (!is_judged(t) || !std::isfinite(uv)) {
+      continue;
     }
+    result.levels++;
+    add(&result.de2000, de2000(measured, sum, white), level);
+    add(&result.luminance, std::fabs(double{measured.d[1]} / sum.d[1] - 1.0), level);
+    add(&result.uv, uv, level);
   }
   if (result.levels == 0) {
     throw Failure(kInputError,
-                  input_name(path) + ": no level of the panel's from " + judged_from() + " of full drive up");
+                  input_name(ramp.path) + ": no gray above black from " + judged_from() + " of full drive up");
   }
-  result.mean_Y /= result.levels;
-  result.mean_uv /= result.levels;
+  for (Additivity::Distance *d : {&result.de2000, &result.luminance, &result.uv}) {
+    d->mean /= result.levels;
+  }
   return result;
 }
 
@@ -203,14 +176,17 @@ Additivity additivity(const vexo_lcnr &lcnr, const std::string &path) {
 Check check(const Panel &panel, const std::string &gray) {
   const vexo_lcnr &lcnr = panel.lcnr;
   const int top = top_row(lcnr);
+  const Panel conditioned = condition(panel).panel;
   vexo_vector white = sum_of_channels(lcnr, top);
   Check c = {};
   c.panel = panel;
   c.findings = RowCheck(lcnr).run();
+  c.obstacle = obstacle(recipe_named("solve"), conditioned);
   c.recipes = {
       {{"aligned", obstacle(recipe_named("aligned"), panel)}, {"direct", obstacle(recipe_named("direct"), panel)}}};
-  if (!gray.empty()) {
-    c.gray = additivity(lcnr, gray);
+  const auto model = PanelModel::of(conditioned.lcnr);
+  if (!gray.empty() && model) {
+    c.gray = additivity(read_gray_ramp(gray, panel), *model);
   }
   c.black = black_of(lcnr);
   c.white = xyY(white);

@@ -19,29 +19,31 @@ struct Finding {
   std::string text;
 };
 
-// Whether a recipe can use the rows as they are.
+// What stands in the way of a recipe, in words; empty when it can use the rows.
 struct RecipeCheck {
   const char *recipe;
-  std::string obstacle; // why not; empty when it can
+  std::string obstacle;
 };
 
-// How far a measured gray ramp is from the sum of the channels, both above black. Luminance as a part of the sum's,
-// colour in u'v'.
+// How far a measured gray ramp is from what the additive model predicts, both above black, over the judged levels.
 struct Additivity {
-  int levels = 0; // compared
-  double mean_Y = 0.0;
-  double worst_Y = 0.0;
-  double worst_Y_level = 0.0;
-  double mean_uv = 0.0;
-  double worst_uv = 0.0;
-  double worst_uv_level = 0.0;
+  struct Distance {
+    double mean = 0.0;
+    double worst = 0.0;
+    double worst_level = 0.0;
+  };
+  int levels = 0;
+  Distance de2000;    // the measured white is the reference
+  Distance luminance; // as a part of the prediction
+  Distance uv;        // in u'v'
 };
 
-// All from readings, without a prediction.
+// All from readings but for the additivity.
 struct Check {
   Panel panel;
   std::vector<Finding> findings;
-  std::array<RecipeCheck, 2> recipes; // those of the library
+  std::string obstacle;               // to calibrate as it is by default, conditioning included; empty: none
+  std::array<RecipeCheck, 2> recipes; // to the library's recipes on the rows as they are
   std::optional<Additivity> gray;
   Triple black;           // X, Y, Z: mean of the readings
   vexo_vector white;      // xyY above black of the three channels at full drive

@@ -76,10 +76,8 @@ struct Ramp {
 // The target that ramps are judged against: at each input the target white on the target curve, up to a peak. The
 // target white at the peak is also the reference white of CIEDE2000.
 //
-// The peak is the luminance of white that the LUTs leave: what they give up for the white is no error. The ramps
-// without LUTs and as measured are judged against the same target as the ramp through the LUTs, so that their figures
-// compare. LUTs before rounding to codes have a slightly different white: they are judged against a target with its
-// luminance.
+// The peak of a ramp through LUTs, predicted or measured, is the luminance of its own white: what LUTs give up for the
+// white is no error. The ramp without LUTs is judged at the peak of the one through them, so that their figures compare.
 class GrayTarget {
 public:
   // The primaries are those of the panel: they give the balance.

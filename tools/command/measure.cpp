@@ -26,10 +26,8 @@ void run(const Options &options) {
     write_panel(options.condition, read_panel_input({options.panel, "", "on"}).panel.lcnr);
     return;
   }
-  for (const RecipeCheck &recipe : c.recipes) {
-    if (!recipe.obstacle.empty()) {
-      throw Failure(kLimitMissed, recipe.obstacle);
-    }
+  if (!c.obstacle.empty()) {
+    throw Failure(kLimitMissed, c.obstacle);
   }
 }
 
@@ -45,9 +43,10 @@ void add_measure(CLI::App &app) {
   CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
   CLI::Option *conditioned = command->add_option(
       "--condition", options->condition, "LCNR file to write: the measurements as vexo calibrate conditions them");
-  command->footer("Example: vexo measure panel.xml --gray gray.csv\n\n"
-                  "Exit status: 0 it can be used as it is, warnings or not; 1 a recipe cannot use it as it is;\n"
-                  "3 it cannot be read.");
+  command->footer(
+      "Example: vexo measure panel.xml --gray gray.csv\n\n"
+      "Exit status: 0 vexo calibrate can use it, warnings or not; 1 it cannot; 2 usage; 3 input unreadable or\n"
+      "invalid; 4 output failed.");
   add_import(*command);
   CLI::App *nested = command->get_subcommand("import");
   for (CLI::Option *option : {panel, gray, json, conditioned}) {

@@ -32,7 +32,7 @@ void run(const Options &options, const std::string &command_line) {
   source.limits = options.report.limits;
   const Report report = make_report(source);
   write_reports(options.report, report);
-  std::fprintf(options.report.html == "-" ? stderr : stdout, "%s\n", verdict(report).c_str());
+  write_verdict(report, options.report.html == "-" ? stderr : stdout);
   const std::string worse = worse_than_without(report);
   if (!worse.empty()) {
     warn(worse);

@@ -161,7 +161,8 @@ std::string head(const Report &report) {
          escaped(verdict(report)) + "</p>\n<p>" +
          (judges_measured(report) ? std::string("The verdict is about the measured ramp. Figures named predicted are ")
                                   : std::string("The figures through the LUTs are ")) +
-         prediction_basis(report) + ".</p>\n";
+         prediction_basis(report) + ".</p>\n" +
+         (next_step(report).empty() ? "" : "<p>Next: " + escaped(next_step(report)) + ".</p>\n");
 }
 
 std::string chart_section(const Report &report) {

@@ -72,6 +72,7 @@ Json json_source(const Report &report) {
           {"prediction", !judges_measured(report)},
           {"basis", basis(report)},
           {"verdict", verdict(report)},
+          {"next", next_step(report)},
           {"recipe", source.recipe},
           {"luts", source.luts_name},
           {"camera", json_curve(source.target.camera)},

@@ -9,6 +9,8 @@
 
 namespace {
 
+const double kVisible = 1.0; // CIEDE2000, just visible side by side
+
 void print_rows(const vexo_lcnr &lcnr) {
   std::printf(
       "\n     Level         Xr         Yr         Zr         Xg         Yg         Zg         Xb         Yb         "
@@ -38,17 +40,27 @@ void print_colours(const Check &c) {
 }
 
 void print_additivity(const Additivity &a) {
+  const auto worst = [](const Additivity::Distance &d) { return format("at level %g", d.worst_level); };
   std::printf("Additivity measured gray against the sum of the channels, above black, %d levels from %s up:\n"
-              "           luminance mean %.2f %%, worst %.2f %% at level %g; colour mean %.4f, worst %.4f in u'v' at "
-              "level %g\n",
-              a.levels, judged_from().c_str(), a.mean_Y * 100.0, a.worst_Y * 100.0, a.worst_Y_level, a.mean_uv,
-              a.worst_uv, a.worst_uv_level);
+              "           CIEDE2000 mean %.2f, worst %.2f %s\n"
+              "           luminance mean %.2f %%, worst %.2f %% %s; colour mean %.4f, worst %.4f in u'v' %s\n",
+              a.levels, judged_from().c_str(), a.de2000.mean, a.de2000.worst, worst(a.de2000).c_str(),
+              a.luminance.mean * 100.0, a.luminance.worst * 100.0, worst(a.luminance).c_str(), a.uv.mean, a.uv.worst,
+              worst(a.uv).c_str());
+  if (a.de2000.mean > kVisible) {
+    std::printf("           the channels do not add: give this ramp to vexo calibrate with --gray\n");
+  }
+}
+
+Json json_distance(const Additivity::Distance &d) {
+  return {{"mean", d.mean}, {"worst", d.worst}, {"level", d.worst_level}};
 }
 
 Json json_additivity(const Additivity &a) {
   return {{"levels", a.levels},
-          {"luminance", {{"mean", a.mean_Y}, {"worst", a.worst_Y}, {"level", a.worst_Y_level}}},
-          {"uv", {{"mean", a.mean_uv}, {"worst", a.worst_uv}, {"level", a.worst_uv_level}}}};
+          {"de2000", json_distance(a.de2000)},
+          {"luminance", json_distance(a.luminance)},
+          {"uv", json_distance(a.uv)}};
 }
 
 Json json_row(const vexo_lcnr &lcnr, int i) {
@@ -85,9 +97,12 @@ void print_check(const Check &c) {
     std::printf("  %s: %s\n", row_name(c.panel, finding.row).c_str(), finding.text.c_str());
   }
   for (const RecipeCheck &recipe : c.recipes) {
-    std::printf("As it is, the %s recipe %s\n", recipe.recipe,
-                recipe.obstacle.empty() ? "can use it" : ("cannot use it: " + recipe.obstacle).c_str());
+    if (!recipe.obstacle.empty()) {
+      std::printf("Without conditioning, the library's %s recipe cannot use it: %s\n", recipe.recipe,
+                  recipe.obstacle.c_str());
+    }
   }
+  std::printf("vexo calibrate %s\n", c.obstacle.empty() ? "can use it" : ("cannot use it: " + c.obstacle).c_str());
 }
 
 Json json_check(const Check &c) {
@@ -106,6 +121,7 @@ Json json_check(const Check &c) {
   for (const Finding &finding : c.findings) {
     document["warnings"].push_back(json_finding(c.panel, finding));
   }
+  document["calibrate"] = c.obstacle.empty() ? Json() : Json(c.obstacle);
   for (const RecipeCheck &recipe : c.recipes) {
     document["recipes"][recipe.recipe] = recipe.obstacle.empty() ? Json() : Json(recipe.obstacle);
   }

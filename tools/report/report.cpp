@@ -90,18 +90,17 @@ void add_ramps(Report *report) {
   const auto target_for = [&](const std::vector<GrayFigure> &grays) {
     return GrayTarget(source.target, report->primaries, grays.back().XYZ.d[1]);
   };
+  const auto judge = [&](std::vector<GrayFigure> grays) { return target_for(grays).judge(std::move(grays)); };
   std::vector<GrayFigure> after = predict(*source.model, source.luts->get());
   const GrayTarget target = target_for(after);
   report->target = target.ideal();
   report->before = target.judge(predict(*source.model, nullptr));
   report->after = target.judge(std::move(after));
   if (source.exact != nullptr) {
-    std::vector<GrayFigure> exact = predict(*source.model, source.exact->get());
-    const GrayTarget own_target = target_for(exact);
-    report->exact = own_target.judge(std::move(exact));
+    report->exact = judge(predict(*source.model, source.exact->get()));
   }
   if (!source.verify.empty()) {
-    report->measured = target.judge(read_measured(source.verify, black_of(source.model->measurements())));
+    report->measured = judge(read_measured(source.verify, black_of(source.model->measurements())));
   }
 }
 

@@ -62,6 +62,7 @@ NamedFigures named_figures(const Report &report);
 void write_html(const Report &report, std::FILE *f);
 void write_json(const Report &report, std::FILE *f);
 void write_csv(const Report &report, std::FILE *f);       // the grays at each 5 % of input
-void write_gray_ramp(const Report &report, std::FILE *f); // as text for the console
+void write_gray_ramp(const Report &report, std::FILE *f); // as text for the console, with the verdict last
+void write_verdict(const Report &report, std::FILE *f);   // and what to measure next
 
 #endif

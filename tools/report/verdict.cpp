@@ -24,21 +24,13 @@ std::string figures(const Spread &de) { return format("CIEDE2000 mean %.2f, wors
 
 std::string measured_verdict(const Report &report) {
   const Spread &de = report.measured->summary.de2000;
-  const std::string &luts = report.source.measured_through;
-  return format("%s, measured%s: %s (%s)", grade_name(grade(de)), luts.empty() ? "" : (" through " + luts).c_str(),
-                meaning(grade(de)), figures(de).c_str());
+  return format("%s, measured: %s (%s)", grade_name(grade(de)), meaning(grade(de)), figures(de).c_str());
 }
 
 std::string predicted_verdict(const Report &report) {
   const Spread &de = report.after.summary.de2000;
-  if (!report.source.model->knows_grays()) {
-    return format("%s if the channels add (%s: %s). Real panels do not add. Measure the gray ramp of the bare panel "
-                  "and give it with --gray",
-                  grade_name(grade(de)), prediction_basis(report), figures(de).c_str());
-  }
-  return format("%s, %s (%s). Measure the gray ramp through %s to know what a viewer sees", grade_name(grade(de)),
-                prediction_basis(report), figures(de).c_str(),
-                report.source.measured_through.empty() ? "these LUTs" : report.source.luts_name.c_str());
+  return format(report.source.model->knows_grays() ? "%s, %s (%s)" : "%s only if the channels add: %s (%s)",
+                grade_name(grade(de)), prediction_basis(report), figures(de).c_str());
 }
 
 } // namespace
@@ -60,10 +52,23 @@ const char *prediction_basis(const Report &report) {
 const char *basis(const Report &report) { return judges_measured(report) ? "measured" : prediction_basis(report); }
 
 std::string verdict(const Report &report) {
+  if (!report.measured) {
+    return predicted_verdict(report);
+  }
   if (judges_measured(report)) {
     return measured_verdict(report);
   }
-  return (report.measured ? measured_verdict(report) + ". " : "") + predicted_verdict(report);
+  return "Through " + report.source.measured_through + ": " + measured_verdict(report) + ". Through " +
+         report.source.luts_name + ": " + predicted_verdict(report);
+}
+
+std::string next_step(const Report &report) {
+  if (judges_measured(report)) {
+    return "";
+  }
+  return report.source.model->knows_grays() ? "measure the gray ramp through these LUTs, which shows what a viewer sees"
+                                            : "measure the gray ramp of the bare panel and give it with --gray, for "
+                                              "the channels of real panels do not add";
 }
 
 bool makes_worse(const Report &report) { return !(judged(report).de2000.mean <= report.before.summary.de2000.mean); }

@@ -16,8 +16,11 @@ const char *prediction_basis(const Report &report);
 // What the verdict rests on: a measured ramp, or a prediction.
 const char *basis(const Report &report);
 
-// The grade, what it rests on, the figures, and what to measure next. Only a measured verdict says what a viewer sees.
+// The grade, what it rests on, and the figures. Only a measured verdict says what a viewer sees.
 std::string verdict(const Report &report);
+
+// What to measure next; empty where the verdict is measured.
+std::string next_step(const Report &report);
 
 // Whether the LUTs leave the ramp worse than it is without them.
 bool makes_worse(const Report &report);
