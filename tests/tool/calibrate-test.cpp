@@ -12,15 +12,6 @@
 
 namespace {
 
-std::vector<std::vector<int>> codes(const std::string &text) {
-  std::vector<std::vector<int>> rows;
-  std::istringstream in(text.substr(text.find('\n', text.find("LUT_1D_BITS")) + 1));
-  for (std::vector<int> row(3); in >> row[0] >> row[1] >> row[2];) {
-    rows.push_back(row);
-  }
-  return rows;
-}
-
 double number_after(const std::string &text, const std::string &label, int skip) {
   std::istringstream in(text.substr(text.find(label) + label.size()));
   double value = 0.0;

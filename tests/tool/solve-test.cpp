@@ -79,15 +79,7 @@ protected:
     return run("calibrate troubled.xml -o luts.txt " + options + (depth ? "" : " --bits 16"));
   }
 
-  std::vector<std::vector<int>> codes() const {
-    const std::string text = contents(path("luts.txt"));
-    std::vector<std::vector<int>> rows;
-    std::istringstream in(text.substr(text.find('\n', text.find("LUT_1D_BITS")) + 1));
-    for (std::vector<int> row(3); in >> row[0] >> row[1] >> row[2];) {
-      rows.push_back(row);
-    }
-    return rows;
-  }
+  std::vector<std::vector<int>> codes() const { return ::codes(contents(path("luts.txt"))); }
 
   // What the last LUTs make of the true panel, from an input up to below another.
   Differences shown(const Troubled &troubled, double from = 0.1, double to = 2.0) const {

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "text.h"
 
@@ -52,6 +53,16 @@ protected:
 private:
   const TemporaryFolder folder_;
 };
+
+// The rows of codes of a three-channel integer LUT file.
+inline std::vector<std::vector<int>> codes(const std::string &luts) {
+  std::vector<std::vector<int>> rows;
+  std::istringstream in(luts.substr(luts.find('\n', luts.find("LUT_1D_BITS")) + 1));
+  for (std::vector<int> row(3); in >> row[0] >> row[1] >> row[2];) {
+    rows.push_back(row);
+  }
+  return rows;
+}
 
 inline bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
 

@@ -77,7 +77,8 @@ struct Ramp {
 // target white at the peak is also the reference white of CIEDE2000.
 //
 // The peak of a ramp through LUTs, predicted or measured, is the luminance of its own white: what LUTs give up for the
-// white is no error. The ramp without LUTs is judged at the peak of the one through them, so that their figures compare.
+// white is no error. The ramp without LUTs is judged at the peak of the one through them, so that their figures
+// compare.
 class GrayTarget {
 public:
   // The primaries are those of the panel: they give the balance.

@@ -12,7 +12,7 @@ const int kPasses = 6;
 const double kSmoothedNoise = 0.4015; // of six passes: the root of the sum of their squared weights
 
 Triple noise_of(const Triple &XYZ) {
-  return (kRelativeNoise * XYZ).array().square().operator+(kReadNoise * kReadNoise).sqrt();
+  return ((kRelativeNoise * XYZ).array().square() + kReadNoise * kReadNoise).sqrt();
 }
 
 // A difference relative to the prediction, and its noise.
@@ -27,9 +27,9 @@ std::vector<Triple> smoothed(const std::vector<Triple> &values) {
   for (size_t i = 1; i < last; i++) {
     result[i] = (values[i - 1] + 2.0 * values[i] + values[i + 1]) / 4.0;
   }
-  if (last > 0) {
-    result[0] = (2.0 * values[0] + values[1]) / 3.0;
-    result[last] = (2.0 * values[last] + values[last - 1]) / 3.0;
+  if (last > 1) {
+    result[0] = (5.0 * values[0] + 2.0 * values[1] - values[2]) / 6.0;
+    result[last] = (5.0 * values[last] + 2.0 * values[last - 1] - values[last - 2]) / 6.0;
   }
   return result;
 }
