@@ -13,7 +13,8 @@ import sys
 import tempfile
 
 source, tool, library = (pathlib.Path(p).resolve() for p in sys.argv[1:4])
-FILES = {"sample-panel.xml": "panel.xml", "sample-gray.csv": "gray.csv", "sample-bare.csv": "bare.csv"}
+FILES = {"sample-panel.xml": "panel.xml", "sample-bare.csv": "bare.csv", "sample-measured.csv": "measured.csv",
+         "sample-verified.csv": "verified.csv"}
 CONTINUOUS_INTEGRATION = {"scripts/test": ".ci/run", "scripts/demo": "scripts/test"}  # what runs them
 
 

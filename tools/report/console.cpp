@@ -31,7 +31,7 @@ Spread percent(const Spread &spread) { return {spread.mean * 100.0, spread.worst
 } // namespace
 
 void write_verdict(const Report &report, std::FILE *f) {
-  std::fprintf(f, "\n%s.\n", verdict(report).c_str());
+  std::fprintf(f, "%s.\n", verdict(report).c_str());
   const std::string next = next_step(report);
   if (!next.empty()) {
     std::fprintf(f, "Next: %s.\n", next.c_str());
@@ -55,5 +55,6 @@ void write_gray_ramp(const Report &report, std::FILE *f) {
                  exact.worst);
   }
   print_spreads(f, "  below that, near black", before.near_black, after.near_black, "CIEDE2000");
+  std::fputc('\n', f);
   write_verdict(report, f);
 }
