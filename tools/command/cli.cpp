@@ -51,7 +51,7 @@ std::string hint_at_word(const CLI::App &app, const std::vector<std::string> &wo
       continue;
     }
     const std::vector<std::string> known = known_words(*scope);
-    const std::string found = hint(word, known);
+    std::string found = hint(word, known);
     if (!found.empty() && std::find(known.begin(), known.end(), word) == known.end()) {
       return found;
     }

@@ -90,7 +90,7 @@ void add_ramps(Report *report) {
   const auto target_for = [&](const std::vector<GrayFigure> &grays) {
     return GrayTarget(source.target, report->primaries, grays.back().XYZ.d[1]);
   };
-  const auto judge = [&](std::vector<GrayFigure> grays) { return target_for(grays).judge(std::move(grays)); };
+  const auto judge = [&](const std::vector<GrayFigure> &grays) { return target_for(grays).judge(grays); };
   std::vector<GrayFigure> after = predict(*source.model, source.luts->get());
   const GrayTarget target = target_for(after);
   report->target = target.ideal();
