@@ -142,7 +142,8 @@ void add(Additivity::Distance *distance, double value, double level) {
   }
 }
 
-// Compares the levels that are judged.
+} // namespace
+
 Additivity additivity(const GrayRamp &ramp, const PanelModel &model) {
   const vexo_lcnr &rows = model.measurements();
   const vexo_vector white = single(ramp.above_black(ramp.grays.size() - 1));
@@ -161,17 +162,11 @@ Additivity additivity(const GrayRamp &ramp, const PanelModel &model) {
     add(&result.luminance, std::fabs(double{measured.d[1]} / sum.d[1] - 1.0), level);
     add(&result.uv, uv, level);
   }
-  if (result.levels == 0) {
-    throw Failure(kInputError,
-                  input_name(ramp.path) + ": no gray above black from " + judged_from() + " of full drive up");
-  }
   for (Additivity::Distance *d : {&result.de2000, &result.luminance, &result.uv}) {
-    d->mean /= result.levels;
+    d->mean /= std::max(result.levels, 1);
   }
   return result;
 }
-
-} // namespace
 
 Check check(const Panel &panel, const std::string &gray) {
   const vexo_lcnr &lcnr = panel.lcnr;
@@ -187,6 +182,9 @@ Check check(const Panel &panel, const std::string &gray) {
   const auto model = PanelModel::of(conditioned.lcnr);
   if (!gray.empty() && model) {
     c.gray = additivity(read_gray_ramp(gray, panel), *model);
+    if (c.gray->levels == 0) {
+      refuse_input(input_name(gray), "no gray above black from " + judged_from() + " of full drive up");
+    }
   }
   c.black = black_of(lcnr);
   c.white = xyY(white);

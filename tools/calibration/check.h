@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "calibration/triple.h"
+#include "calibration/gray-ramp.h"
 #include "file/panel.h"
 
 // Something suspicious in a row.
@@ -25,7 +25,8 @@ struct RecipeCheck {
   std::string obstacle;
 };
 
-// How far a measured gray ramp is from what the additive model predicts, both above black, over the judged levels.
+// How far a measured gray ramp is from what the additive model predicts, both above black, over the judged levels. All
+// is 0 where the ramp has none.
 struct Additivity {
   struct Distance {
     double mean = 0.0;
@@ -37,6 +38,8 @@ struct Additivity {
   Distance luminance; // as a part of the prediction
   Distance uv;        // in u'v'
 };
+
+Additivity additivity(const GrayRamp &ramp, const PanelModel &model);
 
 // All from readings but for the additivity.
 struct Check {

@@ -13,6 +13,8 @@ namespace {
 
 const int kRampSize = 101;
 const double kNone = std::numeric_limits<double>::quiet_NaN();
+const double kEndless = std::numeric_limits<double>::infinity();
+const double kGammaUpTo = 0.9 + 1e-6; // a step of gamma nearer to white rests on a small difference of light
 
 vexo_vector scaled_to(vexo_vector XYZ, float Y) {
   vexo_vector_scale(&XYZ, Y / XYZ.d[1]);
@@ -36,15 +38,48 @@ double mean_of_worst_tenth(std::vector<double> values) {
   return mean(values);
 }
 
-// One figure of those grays that have it and are judged, or are not.
-std::vector<double> collect(const std::vector<GrayFigure> &grays, double GrayFigure::*figure, bool judged = true) {
+// One figure of those grays that have it and are chosen.
+template <typename Choose>
+std::vector<double> collect(const std::vector<GrayFigure> &grays, double GrayFigure::*figure, Choose choose) {
   std::vector<double> values;
   for (const GrayFigure &gray : grays) {
-    if (is_judged(gray.input) == judged && std::isfinite(gray.*figure)) {
+    if (choose(gray) && std::isfinite(gray.*figure)) {
       values.push_back(gray.*figure);
     }
   }
   return values;
+}
+
+std::vector<double> collect(const std::vector<GrayFigure> &grays, double GrayFigure::*figure) {
+  return collect(grays, figure, [](const GrayFigure &g) { return is_judged(g.input); });
+}
+
+// The largest size of a figure where the target has a luminance above low and up to high. Black itself does not count.
+double worst_in_band(const std::vector<GrayFigure> &grays, double GrayFigure::*figure, double low, double high) {
+  std::vector<double> values =
+      collect(grays, figure, [&](const GrayFigure &g) { return g.input > 0.0 && g.target > low && g.target <= high; });
+  for (double &value : values) {
+    value = std::fabs(value);
+  }
+  return worst(values);
+}
+
+int count_falls(const std::vector<GrayFigure> &grays) {
+  int falls = 0;
+  for (size_t i = 1; i < grays.size(); i++) {
+    falls += grays[i].light < grays[i - 1].light ? 1 : 0;
+  }
+  return falls;
+}
+
+// CIE 1976 L* of a light as a part of white's.
+double lightness(double light) {
+  return light > 216.0 / 24389.0 ? 116.0 * std::cbrt(light) - 16.0 : light * 24389.0 / 27.0;
+}
+
+// The distance of two chromaticities in u*v* at a light.
+double uv_star(double light, const vexo_vector &xyY, const vexo_vector &white) {
+  return 13.0 * lightness(light) * uv_distance(xyY, white);
 }
 
 Summary summarise(const std::vector<GrayFigure> &grays) {
@@ -52,15 +87,24 @@ Summary summarise(const std::vector<GrayFigure> &grays) {
   const std::vector<double> de = collect(grays, &GrayFigure::de2000);
   s.de2000 = spread(de);
   s.de2000_worst_tenth = mean_of_worst_tenth(de);
-  s.near_black = spread(collect(grays, &GrayFigure::de2000, false));
+  s.near_black = spread(collect(grays, &GrayFigure::de2000, [](const GrayFigure &g) { return !is_judged(g.input); }));
   s.chroma = spread(collect(grays, &GrayFigure::de2000_chroma));
   s.duv = spread(collect(grays, &GrayFigure::duv));
   s.curve = spread(collect(grays, &GrayFigure::curve));
-  const std::vector<double> gamma = collect(grays, &GrayFigure::gamma);
+  s.light_error_dark = worst_in_band(grays, &GrayFigure::light_error, 0.1, 1.0);
+  s.light_error_bright = worst_in_band(grays, &GrayFigure::light_error, 1.0, kEndless);
+  s.uv_star_worst = worst_in_band(grays, &GrayFigure::uv_star, 1.0, 100.0);
+  const std::vector<double> gamma = collect(
+      grays, &GrayFigure::gamma, [](const GrayFigure &g) { return is_judged(g.input) && g.input <= kGammaUpTo; });
   s.gamma_mean = mean(gamma);
-  s.gamma_spread = gamma.empty() ? kNone : worst(gamma) - *std::min_element(gamma.begin(), gamma.end());
-  s.white = grays.back().xyY;
-  s.white_cct = grays.back().cct;
+  s.gamma_min = gamma.empty() ? kNone : *std::min_element(gamma.begin(), gamma.end());
+  s.gamma_max = worst(gamma);
+  s.falls = count_falls(grays);
+  const GrayFigure &white = grays.back();
+  s.white = white.xyY;
+  s.white_cct = white.cct;
+  s.white_de2000 = white.de2000;
+  s.white_uv_star = 1300.0 * white.duv;
   return s;
 }
 
@@ -70,8 +114,9 @@ bool is_judged(double input) { return input >= kJudgedFrom - 1e-6; } // levels o
 
 std::string judged_from() { return format("%g %%", kJudgedFrom * 100.0); }
 
-GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance) {
-  GrayFigure f = {input, {}, {}, {}, -1, 0.0, kNone, {kNone, kNone, kNone}, kNone, kNone, kNone, kNone};
+GrayFigure gray_figure(double input, const Triple &XYZ, const LightRange &range) {
+  GrayFigure f = {input, {},    {},    {},    -1,    0.0,   kNone, {kNone, kNone, kNone},
+                  kNone, kNone, kNone, kNone, kNone, kNone, kNone};
   if (!(XYZ[1] > 0.0)) {
     return f;
   }
@@ -81,8 +126,8 @@ GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance) 
   vexo_XYZ_xyY(&f.xyY);
   vexo_XYZ_uvY(&f.uvY);
   f.cct = vexo_XYZ_CCT(&f.XYZ);
-  f.light = XYZ[1] / white_luminance;
-  f.gamma = f.light > 0.0 && input > 0.0 && input < 1.0 ? std::log(f.light) / std::log(input) : kNone;
+  f.light = XYZ[1] / range.white;
+  f.gamma = effective_gamma(input, XYZ[1], range);
   return f;
 }
 
@@ -96,22 +141,23 @@ Triple drives_at(const vexo_lut *luts, double input) {
   return {drive(0), drive(1), drive(2)};
 }
 
-std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, int count) {
-  const double white = model.XYZ(drives_at(luts, 1.0))[1];
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, const Triple &black, int count) {
+  const LightRange range = {model.XYZ(drives_at(luts, 1.0))[1] + black[1], black[1]};
   std::vector<GrayFigure> grays;
   for (int i = 0; i < count; i++) {
     const double input = static_cast<double>(i) / (count - 1);
-    grays.push_back(gray_figure(input, model.XYZ(drives_at(luts, input)), white));
+    grays.push_back(gray_figure(input, model.XYZ(drives_at(luts, input)) + black, range));
   }
   return grays;
 }
 
-std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts) {
-  return predict(model, luts, kRampSize);
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, const Triple &black) {
+  return predict(model, luts, black, kRampSize);
 }
 
-GrayTarget::GrayTarget(const Target &target, const vexo_cs &primaries, double peak)
-    : target_(target), white_(white_XYZ(target.white, peak)) {
+GrayTarget::GrayTarget(const Target &target, const vexo_cs &primaries, double peak, const Triple &black)
+    : xyz_(target.white.xyz), wished_(target.luminance.value_or(peak)), ramp_(target, peak, black),
+      white_(white_XYZ(target.white, peak)), range_{peak, black[1]} {
   vexo_cs cs = primaries;
   vexo_cs_set_w(&cs, target.white.xyz.d[0], target.white.xyz.d[1]);
   if (vexo_cs_matrix(&cs, &cs.npm) != 0 || vexo_matrix_invert(&to_balance_, &cs.npm) != 0) {
@@ -119,18 +165,16 @@ GrayTarget::GrayTarget(const Target &target, const vexo_cs &primaries, double pe
   }
 }
 
-Triple GrayTarget::XYZ(double input) const {
-  const double light = target_light(target_, input);
-  return white_ * light;
-}
-
 void GrayTarget::judge(GrayFigure *gray) const {
   const vexo_vector white = single(white_);
-  const vexo_vector target = single(XYZ(gray->input));
+  const Triple XYZ = ramp_.XYZ(gray->input);
+  const vexo_vector target = single(XYZ);
   const bool shown = gray->XYZ.d[1] > 0.0F;
   const bool wanted = target.d[1] > 0.0F;
+  gray->target = XYZ[1];
   if (wanted) {
-    gray->curve = std::fabs(gray->light / target_light(target_, gray->input) - 1.0);
+    gray->light_error = double{gray->XYZ.d[1]} / XYZ[1] * range_.white / wished_ - 1.0;
+    gray->curve = std::fabs(gray->light * range_.white / XYZ[1] - 1.0);
   }
   if (shown || wanted) {
     gray->de2000 = de2000(gray->XYZ, target, white);
@@ -139,7 +183,7 @@ void GrayTarget::judge(GrayFigure *gray) const {
     gray->de2000_chroma = de2000(scaled_to(gray->XYZ, target.d[1]), target, white);
   }
   if (shown) {
-    gray->duv = uv_distance(gray->xyY, target_.white.xyz);
+    gray->duv = uv_distance(gray->xyY, xyz_);
     vexo_vector balance = scaled_to(gray->XYZ, 100.0F);
     vexo_matrix to_balance = to_balance_;
     vexo_matrix_transform(&to_balance, &balance);
@@ -150,24 +194,26 @@ void GrayTarget::judge(GrayFigure *gray) const {
 Ramp GrayTarget::judge(std::vector<GrayFigure> grays) const {
   for (GrayFigure &gray : grays) {
     judge(&gray);
+    gray.uv_star = uv_star(gray.light, gray.xyY, grays.back().xyY);
   }
   const Summary summary = summarise(grays);
-  return {std::move(grays), summary};
+  return {std::move(grays), summary, range_};
 }
 
 Ramp GrayTarget::ideal() const {
   std::vector<GrayFigure> grays;
   for (int i = 0; i < kRampSize; i++) {
     const double input = static_cast<double>(i) / (kRampSize - 1);
-    grays.push_back(gray_figure(input, XYZ(input), white_[1]));
+    grays.push_back(gray_figure(input, ramp_.XYZ(input), range_));
   }
   return judge(std::move(grays));
 }
 
 Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &target) {
-  std::vector<GrayFigure> grays = predict(model, luts.get());
+  const Triple black = included_black(target.curve, model);
+  std::vector<GrayFigure> grays = predict(model, luts.get(), black);
   const double peak = grays.back().XYZ.d[1];
-  return GrayTarget(target, primaries_of(model), peak).judge(std::move(grays)).summary.de2000;
+  return GrayTarget(target, primaries_of(model), peak, black).judge(std::move(grays)).summary.de2000;
 }
 
 vexo_cs primaries_of(const PanelModel &model) {

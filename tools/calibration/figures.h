@@ -1,7 +1,8 @@
 // The figures of a gray ramp. Console, reports and limits print these and compute none of their own.
 //
-// A ramp has one gray for each percent of input, and a summary of the grays that are judged. Colours are those above
-// black, in the library's single precision; the panel model predicts them in double.
+// A ramp has one gray for each percent of input, and a summary of the grays that are judged. Where the target's curve
+// refers to black, colours are those that a viewer sees, with black in them; else they are those above black. They are
+// in the library's single precision; the panel model predicts them in double.
 #ifndef VEXO_TOOLS_FIGURES_H
 #define VEXO_TOOLS_FIGURES_H
 
@@ -12,7 +13,6 @@
 #include "calibration/target.h"
 #include "file/luts.h"
 #include "vexo-cs.h"
-#include "vexo-gamma.h"
 
 // Grays are judged from this input up. Below it, much of what a probe reads is noise.
 const double kJudgedFrom = 0.1;
@@ -23,31 +23,35 @@ std::string judged_from(); // "10 %"
 // One gray. A figure that it does not have is NaN.
 struct GrayFigure {
   double input;    // 0..1
-  vexo_vector XYZ; // black where it shows no light
+  vexo_vector XYZ; // all 0 where it shows no light
   vexo_vector xyY;
   vexo_vector uvY;
   int cct;      // kelvin; -1: none
   double light; // as a part of the ramp's own white
-  double gamma; // effective: ln(light) / ln(input)
+  double gamma; // effective_gamma()
   // Against a target, once it has judged the gray:
   double balance[3];    // red, green, blue in percent of the target white's at the same luminance
+  double target;        // luminance, cd/m2
   double curve;         // distance of light to the target curve, as a part of the target's light
+  double light_error;   // luminance over the target's less 1; where the target names white's luminance, at that one
   double duv;           // distance to the target white in u'v'
+  double uv_star;       // distance to the ramp's own white in u*v*
   double de2000;        // CIEDE2000
   double de2000_chroma; // CIEDE2000 with the luminance set to the target's
 };
 
-// The gray of a light above black, in a ramp whose white has a luminance.
-GrayFigure gray_figure(double input, const Triple &XYZ, double white_luminance);
+// The gray of a light, in a ramp of that range.
+GrayFigure gray_figure(double input, const Triple &XYZ, const LightRange &range);
 
 // The drives of an input: through LUTs or, where luts is null, the input itself.
 Triple drives_at(const vexo_lut *luts, double input);
 
-// The grays of a panel at `count` inputs from 0 to 1, through LUTs or, where luts is null, without.
-std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, int count);
+// The grays of a panel at `count` inputs from 0 to 1, through LUTs or, where luts is null, without. black is what the
+// figures include.
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, const Triple &black, int count);
 
 // The same at each percent of input.
-std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts);
+std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, const Triple &black);
 
 struct Spread {
   double mean;
@@ -62,15 +66,23 @@ struct Summary {
   Spread chroma;             // CIEDE2000 without luminance
   Spread duv;
   Spread curve;
-  double gamma_mean;
-  double gamma_spread; // largest less smallest
-  vexo_vector white;   // xyY
-  int white_cct;       // -1: none
+  double light_error_dark;   // worst where the target has 0.1 to 1 cd/m2
+  double light_error_bright; // worst where it has more
+  double uv_star_worst;      // where the target has 1 to 100 cd/m2, whether judged or not
+  double gamma_mean;         // of the judged grays up to 90 % input
+  double gamma_min;
+  double gamma_max;
+  int falls;         // how many grays have less light than the one before
+  vexo_vector white; // xyY
+  int white_cct;     // -1: none
+  double white_de2000;
+  double white_uv_star; // distance to the target white in u*v*
 };
 
 struct Ramp {
   std::vector<GrayFigure> grays; // the last is white
   Summary summary;
+  LightRange seen; // white and black
 };
 
 // The target that ramps are judged against: at each input the target white on the target curve, up to a peak. The
@@ -81,8 +93,8 @@ struct Ramp {
 // compare.
 class GrayTarget {
 public:
-  // The primaries are those of the panel: they give the balance.
-  GrayTarget(const Target &target, const vexo_cs &primaries, double peak);
+  // The primaries are those of the panel: they give the balance. black is what the figures include.
+  GrayTarget(const Target &target, const vexo_cs &primaries, double peak, const Triple &black);
 
   Ramp judge(std::vector<GrayFigure> grays) const;
 
@@ -90,11 +102,13 @@ public:
   Ramp ideal() const;
 
 private:
-  Triple XYZ(double input) const;
   void judge(GrayFigure *gray) const;
 
-  Target target_;
+  vexo_vector xyz_; // of the target white
+  double wished_;   // the luminance of white that light_error is about
+  TargetRamp ramp_;
   Triple white_; // XYZ at the peak
+  LightRange range_;
   vexo_matrix to_balance_;
 };
 

@@ -38,11 +38,12 @@ using LibraryRecipe = int (*)(vexo_lut *, vexo *, vexo_gamma *, vexo_gamma *, ve
 // Runs the recipe on the rows up to the full one, then scales the drives to that row's. The library's search for white
 // sees nothing change above it.
 bool run_library(LibraryRecipe recipe, LutSet &luts, RecipeTask &task) {
-  Target &target = task.target;
+  LibraryCurves curves = *task.target.curve.library;
   auto context = std::make_unique<vexo>();
   context->lcnr = task.measurements;
   context->lcnr.num = task.full_row + 1;
-  const int status = recipe(luts.get(), context.get(), &target.camera.gamma, &target.system.gamma, &target.white.xyz);
+  const int status =
+      recipe(luts.get(), context.get(), &curves.camera.gamma, &curves.system.gamma, &task.target.white.xyz);
   const int num = task.measurements.num;
   task.measurements = context->lcnr;
   task.measurements.num = num;
@@ -151,7 +152,9 @@ Correction run(const Panel &panel, const RecipeJob &job) {
 }
 
 // White through the LUTs.
-GrayFigure white_through(LutSet &luts, const PanelModel &model) { return predict(model, luts.get(), 2).back(); }
+GrayFigure white_through(LutSet &luts, const PanelModel &model, const Target &target) {
+  return predict(model, luts.get(), included_black(target.curve, model), 2).back();
+}
 
 bool is_white(const GrayFigure &shown, const White &target) {
   return uv_distance(shown.xyY, target.xyz) <= kWhiteTolerance;
@@ -163,11 +166,11 @@ bool solve_shows_white(RecipeJob job, const PanelModel &model) {
   job.recipe = &recipe_named("solve");
   RecipeTask task = {model.measurements(), job.target, &job.grays, 0, {}};
   LutSet luts(kLevels);
-  return run_recipe(job, luts, task) && is_white(white_through(luts, model), job.target.white);
+  return run_recipe(job, luts, task) && is_white(white_through(luts, model, job.target), job.target.white);
 }
 
 void check_white(const Panel &panel, const RecipeJob &job, Correction &correction) {
-  const GrayFigure white = white_through(correction.luts, correction.model);
+  const GrayFigure white = white_through(correction.luts, correction.model, job.target);
   const White &target = job.target.white;
   if (is_white(white, target)) {
     return;
@@ -183,6 +186,20 @@ void check_white(const Panel &panel, const RecipeJob &job, Correction &correctio
              "where %.4f is allowed; no LUTs were written",
              panel.path.c_str(), target.name.c_str(), target.xyz.d[0], target.xyz.d[1], white.xyY.d[0], white.xyY.d[1],
              uv_distance(white.xyY, target.xyz), kWhiteTolerance));
+}
+
+// The library's recipes take a curve of their own form, and the white that comes of it.
+void check_recipe(const RecipeJob &job) {
+  const bool solves = job.recipe == &recipe_named("solve");
+  const ToneCurve &curve = job.target.curve;
+  if (!solves && !curve.library) {
+    throw Failure(kUsageError, format("the %s recipe cannot follow the curve %s, give --recipe solve", job.recipe->name,
+                                      curve.name.c_str()));
+  }
+  if (!solves && job.target.luminance) {
+    throw Failure(kUsageError,
+                  format("the %s recipe cannot aim at a luminance, give --recipe solve", job.recipe->name));
+  }
 }
 
 } // namespace
@@ -208,6 +225,7 @@ std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const Measured
 }
 
 Correction correct(const Panel &panel, const RecipeJob &job) {
+  check_recipe(job);
   Correction correction = run(panel, job);
   check_white(panel, job, correction);
   return correction;
@@ -215,7 +233,7 @@ Correction correct(const Panel &panel, const RecipeJob &job) {
 
 std::string obstacle(const Recipe &recipe, const Panel &panel) {
   const MeasuredGrays none;
-  const Target any = {kD65, kLinear, power_curve(2.2F, "")};
+  const Target any = {kD65, power_law(2.2F), std::nullopt};
   RecipeTask task = {panel.lcnr, any, &none, panel.lcnr.num - 1, {}};
   if (recipe.run == aligned) {
     vexo_lcnr_normalize(&task.measurements); // the recipe does it too, but with a message

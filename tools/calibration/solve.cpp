@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "calibration/balance.h"
+#include "text/failure.h"
+#include "text/format.h"
 
 namespace {
 
@@ -52,15 +54,21 @@ Triple keep_luminance(const PanelByLight &panel, Triple s, const Bounds &bounds,
 
 struct Peak {
   Triple lights;
-  double luminance;
+  double luminance; // with the black that figures include
 };
 
-// The brightest that the panel shows the white, given as XYZ of luminance 1. Lights grow nearly in proportion to the
-// luminance, so a few divisions by the largest demand find where it is just met.
-Peak solve_peak(const PanelByLight &panel, const Triple &white) {
+// White at a luminance, in lights near those given.
+Triple solve_white(const PanelByLight &panel, const Triple &lights, const Target &target, double luminance) {
+  const Triple black = included_black(target.curve, panel.model());
+  return balance(panel, lights, TargetRamp(target, luminance, black).above_black(1.0));
+}
+
+// The brightest that the panel shows the target white. Lights grow nearly in proportion to the luminance, so a few
+// divisions by the largest demand find where it is just met.
+Peak solve_peak(const PanelByLight &panel, const Target &target) {
   Peak peak = {panel.full(), panel.model().XYZ(panel.drives(panel.full()))[1]};
   for (int i = 0; i < kMostSteps; i++) {
-    peak.lights = balance(panel, peak.lights, white * peak.luminance);
+    peak.lights = solve_white(panel, peak.lights, target, peak.luminance);
     const double demand = peak.lights.cwiseQuotient(panel.full()).maxCoeff();
     if (std::fabs(demand - 1.0) < kSolved) {
       break;
@@ -71,26 +79,45 @@ Peak solve_peak(const PanelByLight &panel, const Triple &white) {
   return peak;
 }
 
-// The part of white's light that an input should give.
-double share(const Target &target, double input) {
-  const double light = target_light(target, input);
-  return light > 0.0 ? std::min(light, 1.0) : 0.0;
+// As bright as the target says.
+Peak solve_wished_peak(const PanelByLight &panel, const Target &target) {
+  const Peak most = solve_peak(panel, target);
+  if (!target.luminance) {
+    return most;
+  }
+  const double black = black_of(panel.model().measurements())[1];
+  const double not_included = black - included_black(target.curve, panel.model())[1];
+  const double wished = *target.luminance - not_included;
+  if (!(*target.luminance > black && wished <= most.luminance)) {
+    throw Failure(kLimitMissed,
+                  format("the panel cannot show white %s at %g cd/m2, expected a luminance above %.4g (its "
+                         "black) and up to %.2f; no LUTs were written",
+                         target.white.name.c_str(), *target.luminance, black,
+                         std::floor((most.luminance + not_included) * 100.0) / 100.0));
+  }
+  return {solve_white(panel, most.lights * (wished / most.luminance), target, wished), wished};
 }
+
+double input_of(int entry) { return static_cast<double>(entry) / kTop; }
 
 // The levels of three LUTs, solved one by one from the top down.
 class Levels {
 public:
   Levels(vexo_lut *lut, const PanelModel &model, const Target &target, double most)
-      : lut_(lut), panel_(model, most), white_(white_XYZ(target.white, 1.0)),
-        peak_(solve_peak(panel_, white_)), bounds_{panel_.first(), panel_.full()} {}
+      : lut_(lut), panel_(model, most), peak_(solve_wished_peak(panel_, target)),
+        target_(target, peak_.luminance, included_black(target.curve, model)),
+        white_(target_.above_black(1.0)), bounds_{panel_.first(), panel_.full()} {}
 
-  // Fills the entry for a part of white's light. Returns whether a channel is below the lowest measured level.
-  bool fill(int entry, double part) {
-    const double Y = peak_.luminance * part;
-    Triple s = part > 0.0 ? balance(panel_, peak_.lights * part, white_ * Y) : Triple::Zero();
+  // Whether the target of an entry is black.
+  bool is_black(int entry) const { return !(target_.above_black(input_of(entry))[1] > 0.0); }
+
+  // Fills an entry whose target is not black. Returns whether a channel is below the lowest measured level.
+  bool fill(int entry) {
+    const Triple wanted = target_.above_black(input_of(entry));
+    Triple s = balance(panel_, peak_.lights * (wanted[1] / white_[1]), wanted);
     held_ = !within(s, bounds_);
     if (held_) {
-      s = keep_luminance(panel_, s, bounds_, Y);
+      s = keep_luminance(panel_, s, bounds_, wanted[1]);
     }
     bounds_.highest = s.cwiseMin(bounds_.highest);
     const Triple drives = panel_.drives(bounds_.highest);
@@ -106,31 +133,42 @@ public:
 private:
   vexo_lut *lut_;
   PanelByLight panel_;
-  Triple white_; // X, Y, Z at luminance 1
   Peak peak_;
+  TargetRamp target_;
+  Triple white_;  // X, Y, Z above black
   Bounds bounds_; // falling with the entries
   bool held_ = false;
 };
+
+// Straight lines from 0 at the entry of black up to the entry of the toe.
+void draw_toe(vexo_lut *lut, int black, int toe) {
+  for (int c = 0; c < 3; c++) {
+    const float top = lut[c].d[toe];
+    for (int i = 0; i < toe; i++) {
+      lut[c].d[i] = top * static_cast<float>(std::max(i - black, 0)) / static_cast<float>(toe - black);
+    }
+  }
+}
 
 } // namespace
 
 Solved solve(vexo_lut *lut, const PanelModel &model, const Target &target, double most) {
   Levels levels(lut, model, target, most);
   Solved result = {0, 0, 0.0, 0.0};
-  for (int i = kTop; i >= result.toe; i--) {
-    const double input = static_cast<double>(i) / kTop;
-    const bool dark = levels.fill(i, share(target, input));
+  int i = kTop;
+  for (bool toe = false; !toe && !levels.is_black(i); i--) {
+    const bool dark = levels.fill(i);
     if (levels.held()) {
-      result.held_to = result.held == 0 ? input : result.held_to;
-      result.held_from = input;
+      result.held_to = result.held == 0 ? input_of(i) : result.held_to;
+      result.held_from = input_of(i);
       result.held++;
     }
-    result.toe = dark && i <= kNearBlack ? i : 0;
+    toe = dark && i <= kNearBlack;
   }
-  for (int c = 0; c < 3; c++) {
-    for (int i = 0; i < result.toe; i++) {
-      lut[c].d[i] = lut[c].d[result.toe] * static_cast<float>(i) / static_cast<float>(result.toe);
-    }
+  result.toe = i + 1;
+  while (!levels.is_black(i)) {
+    i--;
   }
+  draw_toe(lut, i, result.toe);
   return result;
 }

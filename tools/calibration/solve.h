@@ -1,12 +1,13 @@
 // The solve recipe: each gray level by solving for the three drives whose mixture is the target.
 //
-// - White is the brightest light of the target white at which no channel needs more than it has.
+// - White is the brightest light of the target white at which no channel needs more than it has, or as bright as the
+//   target says.
 // - Levels are solved from the top down. No drive is above that of the level above. Where that bound, or black, keeps
 //   the panel from the target, the level keeps its luminance and its chromaticity gives way: an error of luminance
 //   shows as a band in a ramp, a small error of chromaticity does not.
 // - Near black, below the lowest measured level, a channel's colour is unknown. All that is known is that it goes to
 //   black. From the highest entry at which some channel is that low, at most from 10 % input, the three drives go down
-//   to 0 in straight lines, as the drives of a power law would.
+//   in straight lines, as the drives of a power law would, to 0 at the highest input whose target is black.
 #ifndef VEXO_TOOLS_SOLVE_H
 #define VEXO_TOOLS_SOLVE_H
 
@@ -20,7 +21,8 @@ struct Solved {
   double held_to;   // the highest
 };
 
-// Fills three LUTs of 1024 entries with drives of 0 to the most.
+// Fills three LUTs of 1024 entries with drives of 0 to the most. Throws a Failure (limit) where white cannot be as
+// bright as the target says.
 Solved solve(vexo_lut *lut, const PanelModel &model, const Target &target, double most);
 
 #endif

@@ -1,5 +1,7 @@
 #include "calibration/target.h"
 
+#include <cmath>
+#include <limits>
 #include <vector>
 
 #include "text/format.h"
@@ -7,48 +9,63 @@
 
 namespace {
 
+const double kLeast = 0.3; // of a light's X, Y, Z that stays where it makes up for the colour of black
+
 struct NamedWhite {
   const char *name;
-  float xy[2];
+  float xy[2]; // 0, 0: the panel's own
 };
 
 // CIE 15 daylight illuminants and E; D93 as broadcast monitors use it; DCI of SMPTE RP 431-2.
 const NamedWhite kWhites[] = {
     {"D50", {0.3457F, 0.3585F}},       {"D55", {0.3324F, 0.3474F}}, {"D65", {0.3127F, 0.3290F}},
     {"D75", {0.2990F, 0.3149F}},       {"D93", {0.2831F, 0.2971F}}, {"DCI", {0.3140F, 0.3510F}},
-    {"E", {1.0F / 3.0F, 1.0F / 3.0F}},
+    {"E", {1.0F / 3.0F, 1.0F / 3.0F}}, {"native", {0.0F, 0.0F}},
 };
 
-struct NamedCurve {
-  const char *name;
-  vexo_gamma gamma; // slope, transition, gamma, offset
+struct Chromaticity {
+  double x;
+  double y;
 };
 
-// Encoding curves: linear light to signal.
-const NamedCurve kCurves[] = {
-    {"linear", {0.0F, 0.0F, 1.0F, 0.0F}},
-    {"bt709", {4.5F, 0.018F, 0.45F, 0.099F}},            // BT.709, BT.601, BT.2020 at 10 bits
-    {"bt2020", {4.5F, 0.0181F, 0.45F, 0.0993F}},         // BT.2020 at 12 bits
-    {"bt1886", {0.0F, 0.0F, 1.0F / 2.4F, 0.0F}},         // inverse of BT.1886 over a black of 0
-    {"srgb", {12.92F, 0.0031308F, 1.0F / 2.4F, 0.055F}}, // IEC 61966-2-1
-    {"smpte240m", {4.0F, 0.0228F, 0.45F, 0.1115F}},      // SMPTE 240M
-    {"adobe", {0.0F, 0.0F, 256.0F / 563.0F, 0.0F}},      // Adobe RGB (1998)
-    {"dci", {0.0F, 0.0F, 1.0F / 2.6F, 0.0F}},            // SMPTE ST 428-1
+// CIE 15: the daylight locus.
+Chromaticity daylight(double kelvin) {
+  const double t = 1000.0 / kelvin;
+  const double x = kelvin <= 7000.0 ? ((-4.6070 * t + 2.9678) * t + 0.09911) * t + 0.244063
+                                    : ((-2.0064 * t + 1.9018) * t + 0.24748) * t + 0.237040;
+  return {x, (-3.0 * x + 2.870) * x - 0.275};
+}
+
+// The Planckian locus in u, v of 1960 (Krystek 1985).
+Chromaticity planck(double t) {
+  const double u =
+      (0.860117757 + 1.54118254e-4 * t + 1.28641212e-7 * t * t) / (1.0 + 8.42420235e-4 * t + 7.08145163e-7 * t * t);
+  const double v =
+      (0.317398726 + 4.22806245e-5 * t + 4.20481691e-8 * t * t) / (1.0 - 2.89741816e-5 * t + 1.61456053e-7 * t * t);
+  const double d = 2.0 * u - 8.0 * v + 4.0;
+  return {3.0 * u / d, 2.0 * v / d};
+}
+
+struct Locus {
+  const char *name; // letter after the temperature
+  double lowest;    // kelvin
+  double highest;
+  Chromaticity (*at)(double kelvin);
 };
 
-// Whether slope, transition, gamma and offset make a curve that has an inverse.
-bool is_curve(const std::vector<float> &v) {
-  return v.size() == 4 && v[0] >= 0.0F && v[1] >= 0.0F && v[1] < 1.0F && v[2] > 0.0F && v[3] >= 0.0F &&
-         (v[0] > 0.0F || v[1] == 0.0F);
+const Locus kLoci[] = {{"K", 4000.0, 25000.0, daylight}, {"P", 1000.0, 15000.0, planck}};
+
+// A chromaticity on a locus, such as 6500K; none where the text is not of that form or out of range.
+std::optional<Chromaticity> on_locus(const std::string &text) {
+  const Locus *locus = text.empty() ? nullptr : find_name(kLoci, text.substr(text.size() - 1));
+  const auto kelvin = locus == nullptr ? std::nullopt : finite_number(text.substr(0, text.size() - 1));
+  if (!kelvin || *kelvin < locus->lowest || *kelvin > locus->highest) {
+    return std::nullopt;
+  }
+  return locus->at(double{*kelvin});
 }
 
 } // namespace
-
-Curve power_curve(float exponent, const std::string &name) {
-  Curve curve = {name, {}};
-  vexo_gamma_init(&curve.gamma, exponent);
-  return curve;
-}
 
 Triple white_XYZ(const White &white, double luminance) {
   const double x = white.xyz.d[0];
@@ -56,51 +73,89 @@ Triple white_XYZ(const White &white, double luminance) {
   return {x / y * luminance, luminance, (1.0 - x - y) / y * luminance};
 }
 
-double target_light(const Target &target, double input) {
-  vexo_gamma camera = target.camera.gamma;
-  vexo_gamma system = target.system.gamma;
-  return vexo_gamma_evaluate(&system, vexo_gamma_inverse(&camera, static_cast<float>(input)));
-}
-
 White parse_white(const std::string &option, const std::string &text) {
   White white = {text, {}};
   if (const NamedWhite *named = find_name(kWhites, text)) {
     white.name = named->name;
-    vexo_vector_set_xy(&white.xyz, named->xy);
+    if (named->xy[1] > 0.0F) {
+      vexo_vector_set_xy(&white.xyz, named->xy);
+    }
     return white;
   }
-  const std::vector<float> xy = number_list(text);
+  std::vector<float> xy = number_list(text);
+  if (const auto c = on_locus(text)) {
+    xy = {static_cast<float>(c->x), static_cast<float>(c->y)};
+  }
   if (xy.size() != 2 || !(xy[0] > 0.0F) || !(xy[1] > 0.0F) || !(xy[0] + xy[1] < 1.0F)) {
-    reject(option, text, "one of " + white_names() + ", or a chromaticity x,y such as 0.3127,0.3290",
-           names_of(kWhites));
+    reject(
+        option, text,
+        "one of " + white_names() +
+            ", a daylight of 4000K to 25000K, a Planckian radiator of 1000P to 15000P, or a chromaticity x,y such as "
+            "0.3127,0.3290",
+        names_of(kWhites));
   }
   vexo_vector_set_xy(&white.xyz, xy.data());
   return white;
 }
 
-Curve parse_curve(const std::string &option, const std::string &text) {
-  if (const NamedCurve *named = find_name(kCurves, text)) {
-    return Curve{named->name, named->gamma};
-  }
-  const std::vector<float> values = number_list(text);
-  if (values.size() == 1 && values[0] > 0.0F) {
-    return power_curve(values[0], "power law " + text);
-  }
-  if (is_curve(values)) {
-    return Curve{"custom", {values[0], values[1], values[2], values[3]}};
-  }
-  reject(option, text,
-         "one of " + curve_names() + ", an exponent above 0, or slope,transition,gamma,offset " +
-             "(slope above 0 where there is a toe, transition below 1, gamma above 0, offset not below 0)",
-         names_of(kCurves));
-}
-
 std::string white_names() { return join(names_of(kWhites)); }
 
-std::string curve_names() { return join(names_of(kCurves)); }
+Target on_panel(Target target, const PanelModel &model) {
+  if (target.white.is_native()) {
+    const Triple XYZ = model.XYZ(Triple::Ones()) + included_black(target.curve, model);
+    const float xy[2] = {static_cast<float>(XYZ[0] / XYZ.sum()), static_cast<float>(XYZ[1] / XYZ.sum())};
+    vexo_vector_set_xy(&target.white.xyz, xy);
+  }
+  return target;
+}
 
-std::string describe(const Curve &curve) {
-  const vexo_gamma &g = curve.gamma;
-  return format("%s (slope %.9g, transition %.9g, gamma %.9g, offset %.9g)", curve.name.c_str(), g.slope, g.transition,
-                g.gamma, g.offset);
+Triple included_black(const ToneCurve &curve, const Triple &black) {
+  return curve.refers_to_black ? black : Triple(Triple::Zero());
+}
+
+Triple included_black(const ToneCurve &curve, const PanelModel &model) {
+  return included_black(curve, black_of(model.measurements()));
+}
+
+TargetRamp::TargetRamp(const Target &target, double white_luminance, const Triple &black)
+    : target_(target), range_{white_luminance, std::max(black[1], 0.0)}, white_(white_XYZ(target.white, 1.0)),
+      black_(black) {}
+
+double TargetRamp::luminance(double input) const {
+  return std::min(target_.curve.luminance(input, range_), range_.white);
+}
+
+Triple TargetRamp::XYZ(double input) const { return input > 0.0 ? Triple(white_ * luminance(input)) : black_; }
+
+Triple TargetRamp::above_black(double input) const {
+  const double Y = luminance(input);
+  if (!(input > 0.0 && Y > range_.black)) {
+    return Triple::Zero();
+  }
+  const Triple light = white_ * (Y - range_.black);
+  const Triple tint = black_ - white_ * range_.black;
+  double part = 1.0;
+  for (Eigen::Index m = 0; m < 3; m++) {
+    part = tint[m] > 0.0 ? std::min(part, (1.0 - kLeast) * light[m] / tint[m]) : part;
+  }
+  return light - part * tint;
+}
+
+// By bisection: the luminance falls as the gamma grows.
+double effective_gamma(double input, double luminance, const LightRange &range) {
+  if (!(input > 0.0 && input < 1.0 && luminance > range.black)) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  if (range.black == 0.0) {
+    return std::log(luminance / range.white) / std::log(input);
+  }
+  double low = 0.01;
+  double high = 100.0;
+  for (int i = 0; i < 60; i++) {
+    const double gamma = (low + high) / 2.0;
+    const double black = std::pow(range.black / range.white, 1.0 / gamma);
+    const double part = std::pow((1.0 - black) * input + black, gamma);
+    (part * range.white > luminance ? low : high) = gamma;
+  }
+  return low;
 }

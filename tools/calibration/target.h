@@ -1,51 +1,68 @@
-// What a panel's gray ramp should be: a white, and the two curves that lead from the signal to light.
+// What a panel's gray ramp should be: a white and a tone curve.
 #ifndef VEXO_TOOLS_TARGET_H
 #define VEXO_TOOLS_TARGET_H
 
+#include <optional>
 #include <string>
 
-#include "calibration/triple.h"
-#include "vexo-gamma.h"
+#include "calibration/curve.h"
+#include "calibration/panel-model.h"
 #include "vexo-matrix.h"
 
 struct White {
   std::string name; // as the user gave it
-  vexo_vector xyz;  // x, y, z = 1 - x - y
-};
+  vexo_vector xyz;  // x, y, z = 1 - x - y; the panel's own where all are 0
 
-struct Curve {
-  std::string name; // as the user gave it
-  vexo_gamma gamma;
+  bool is_native() const { return xyz.d[1] == 0.0F; }
 };
 
 struct Target {
   White white;
-  Curve camera; // encoded the signal: its inverse leads from an input to scene light
-  Curve system; // from scene light to display light
+  ToneCurve curve;
+  std::optional<double> luminance; // of white, cd/m2, black included; none: the most that the panel has
 };
 
 // X, Y, Z of the white at a luminance.
 Triple white_XYZ(const White &white, double luminance);
 
 inline const White kD65 = {"D65", {{0.3127F, 0.3290F, 1.0F - 0.3127F - 0.3290F}}};
-inline const Curve kLinear = {"linear", {0.0F, 0.0F, 1.0F, 0.0F}};
 
-// The power law y = x^exponent.
-Curve power_curve(float exponent, const std::string &name);
-
-// The light of an input of 0..1 as a part of white's, by the library's curves in single precision.
-double target_light(const Target &target, double input);
-
-// D50 D55 D65 D75 D93 DCI E, or "x,y". Throws a Failure (usage) that names the option.
+// D50 D55 D65 D75 D93 DCI E, native, a temperature such as 6500K (daylight) or 6500P (Planck), or "x,y". Throws a
+// Failure (usage) that names the option.
 White parse_white(const std::string &option, const std::string &text);
-
-// A curve's name, an exponent, or "slope,transition,gamma,offset". Throws a Failure (usage) that names the option.
-Curve parse_curve(const std::string &option, const std::string &text);
-
 std::string white_names();
-std::string curve_names();
 
-// "NAME (slope S, transition T, gamma G, offset O)", the numbers as they are used.
-std::string describe(const Curve &curve);
+// The target with the panel's own white where it asks for that.
+Target on_panel(Target target, const PanelModel &model);
+
+// What the figures of a ramp add to the light above black: a black, or nothing where the curve is about light above it.
+Triple included_black(const ToneCurve &curve, const Triple &black);
+Triple included_black(const ToneCurve &curve, const PanelModel &model);
+
+// The gray ramp that a target asks for, once the luminance of its white and the black are known.
+class TargetRamp {
+public:
+  // Both with what included_black() returns.
+  TargetRamp(const Target &target, double white_luminance, const Triple &black);
+
+  // What a viewer should see: the target white on the curve; black itself at input 0.
+  Triple XYZ(double input) const;
+
+  // The light above black that leads there. It makes up for the colour of black as far as X, Y and Z of it stay above
+  // three tenths of those of a light of the target white: nearer to black no drives could.
+  Triple above_black(double input) const;
+
+private:
+  double luminance(double input) const;
+
+  Target target_;
+  LightRange range_;
+  Triple white_; // at luminance 1
+  Triple black_;
+};
+
+// The gamma of the BT.1886 form that leads to a luminance at an input between 0 and 1. Without black it is the exponent
+// of a power law. NaN where there is none.
+double effective_gamma(double input, double luminance, const LightRange &range);
 
 #endif

@@ -39,16 +39,17 @@ void compare_with_solve(const PanelInput &input, const RecipeJob &job, Correctio
 }
 
 void run(const Options &options, const std::string &command_line) {
+  const Target target = parse_target(options.target);
   const PanelInput input = read_panel_input(options.panel);
   const RecipeJob job = {&recipe_named(options.recipe),
-                         parse_target(options.target),
+                         on_panel(target, model_of(input)),
                          options.panel.conditions(),
                          options.entries,
                          options.bits,
                          input.grays};
   Correction correction = correct(input.panel, job);
   compare_with_solve(input, job, correction);
-  deliver({&input, &job, &correction, options.output, options.report, "", command_line});
+  deliver({&input, &job, &correction, options.output, options.target, options.report, "", command_line});
 }
 
 } // namespace
@@ -81,8 +82,8 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
       "the library; they take the channels to add. Conditioning leaves out rows that are not credibly above black,\n"
       "raises components at or below black and lowers values that fall. -v names each change. docs/recipes.md has the\n"
       "rules and figures.\n\n"
-      "Exit status: 0 done; 1 the panel cannot show the target white, the LUTs make the gray ramp worse, or a limit "
-      "is\n"
-      "missed; 2 usage; 3 input unreadable or invalid; 4 output failed.");
+      "Exit status: 0 done; 1 the panel cannot show the target white or its luminance (no LUTs are written), or the\n"
+      "LUTs make the gray ramp worse or miss a limit (LUTs are written; the last line on standard error says which);\n"
+      "2 usage; 3 input unreadable or invalid; 4 output failed.");
   command->callback([options, command_line] { run(*options, command_line); });
 }

@@ -1,7 +1,9 @@
 #include "command/delivery.h"
 
 #include <cstdio>
+#include <new>
 
+#include "base/owners.h"
 #include "file/output.h"
 #include "report/verdict.h"
 #include "text/failure.h"
@@ -10,8 +12,26 @@
 
 namespace {
 
+// The content of the LUT file.
+std::string luts_text(const Delivery &d) {
+  char *text = nullptr;
+  size_t size = 0;
+  std::FILE *stream = open_memstream(&text, &size);
+  const bool stored = stream != nullptr && vexo_luts_store_int(stream, d.correction->luts.get(), d.job->bits) >= 0;
+  const bool closed = stream != nullptr && std::fclose(stream) == 0;
+  const vexo_internal::Block<char> owner(text);
+  if (!stored || !closed) {
+    throw std::bad_alloc();
+  }
+  return {text, size};
+}
+
 Report report_of(const Delivery &d) {
   ReportSource source;
+  source.luts_text = luts_text(d);
+  source.target_options = given(d.target);
+  source.labels = d.report.labels;
+  source.additivity = d.input->additivity;
   source.panel = &d.input->panel;
   source.model = &d.correction->model;
   source.notes = d.input->notes;
@@ -29,9 +49,9 @@ Report report_of(const Delivery &d) {
   return make_report(source);
 }
 
-void write_luts(const Delivery &d) {
+void write_luts(const Delivery &d, const std::string &text) {
   OutputFile file(d.output);
-  vexo_luts_store_int(file.stream(), d.correction->luts.get(), d.job->bits);
+  std::fputs(text.c_str(), file.stream());
   file.commit();
 }
 
@@ -53,8 +73,7 @@ void print(const Delivery &d, const Report &report) {
   std::fprintf(f, "Target white  x %.4f, y %.4f (%s)\n", target.white.xyz.d[0], target.white.xyz.d[1],
                target.white.name.c_str());
   std::fprintf(f, "White after   %s\n", describe_white(report.after).c_str());
-  std::fprintf(f, "Camera curve  %s\n", describe(target.camera).c_str());
-  std::fprintf(f, "System curve  %s\n", describe(target.system).c_str());
+  std::fprintf(f, "Target curve  %s (%s)\n", target.curve.name.c_str(), target.curve.meaning.c_str());
   std::fprintf(f, "Recipe        %s\n", report.source.recipe.c_str());
   std::fprintf(f, "Gains         red %.4f, green %.4f, blue %.4f\n", gains[0], gains[1], gains[2]);
   std::fprintf(f, "LUTs          %s, 3 x %d entries of %d bits\n",
@@ -76,13 +95,14 @@ void deliver(const Delivery &d) {
     warn(warning);
   }
   if (!d.output.empty()) {
-    write_luts(d);
+    write_luts(d, report.source.luts_text);
   }
   print(d, report);
   write_reports(d.report, report);
-  judge_limits(report.limits);
+  const std::string written = d.output.empty() ? "no LUTs were asked for" : d.output + " was written";
+  judge_limits(report.limits, written);
   const std::string worse = worse_than_without(report);
   if (!worse.empty()) {
-    throw Failure(kLimitMissed, worse + "; " + (d.output.empty() ? "none were written" : d.output + " was written"));
+    throw Failure(kLimitMissed, worse + "; " + written);
   }
 }

@@ -12,6 +12,7 @@ struct Delivery {
   const RecipeJob *job;
   Correction *correction;
   std::string output; // LUT file; empty: none
+  TargetOptions target;
   ReportOptions report;
   std::string measured_through; // LUTs through which report.verify was measured; empty: these
   std::string command_line;

@@ -41,12 +41,14 @@ bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, L
 }
 
 void run(const Options &options, const std::string &command_line) {
+  const TargetOptions target_options = complete(options.target);
+  Target target = parse_target(target_options);
   PanelInput input = read_panel_input(options.panel);
-  const Target target = parse_target(options.target);
   LutScan scan = scan_luts(options.luts, "integer");
   LutSet before = load_luts(scan);
   const GrayRamp ramp = read_gray_ramp(options.report.verify, input.panel);
   input.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
+  target = on_panel(target, model_of(input));
   const RecipeJob job = {&recipe_named("solve"), target,    options.panel.conditions(),
                          before.size(),          scan.bits, input.grays};
   Correction correction = correct(input.panel, job);
@@ -55,7 +57,8 @@ void run(const Options &options, const std::string &command_line) {
     correction.luts = resampled(before, before.size());
     correction.exact = resampled(before, before.size());
   }
-  deliver({&input, &job, &correction, options.output, options.report, kept ? "" : options.luts, command_line});
+  deliver({&input, &job, &correction, options.output, target_options, options.report, kept ? "" : options.luts,
+           command_line});
 }
 
 } // namespace
@@ -74,11 +77,13 @@ void add_refine(CLI::App &app, const std::string &command_line) {
       ->required();
   command->add_option("-o,--output", options->output, "LUT file to write; - for standard output")->required();
   add_target_options(command, options->target);
+  add_from_option(command, options->target);
   command->add_option("--report", options->report.html, "HTML report to write; - for standard output");
   add_figure_options(command, options->report);
   command->footer(
       "Example: vexo refine panel.xml luts.txt measured.csv -o refined.txt --gray bare.csv\n\n"
-      "Give the target as to calibrate. Noise of 0.2 % and 0.002 cd/m2 is expected in the readings. A step that they\n"
+      "Give the target as to calibrate, or --from the JSON file of the calibration. Noise of 0.2 % and 0.002 cd/m2 is "
+      "expected in the readings. A step that they\n"
       "cannot tell from noise is not taken: the LUTs are then written as they were.\n\n"
       "Exit status: 0 done; 1 the LUTs would be worse (none are written), the gray ramp is worse than without LUTs, "
       "or\n"

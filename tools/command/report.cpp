@@ -3,6 +3,7 @@
 
 #include "command/commands.h"
 #include "command/shared-options.h"
+#include "file/input.h"
 #include "report/verdict.h"
 #include "text/failure.h"
 
@@ -17,10 +18,12 @@ struct Options {
 
 void run(const Options &options, const std::string &command_line) {
   ReportSource source;
-  source.target = parse_target(options.target);
+  const TargetOptions target_options = complete(options.target);
+  const Target target = parse_target(target_options);
   const PanelInput input = read_panel_input(options.panel);
   LutSet luts = read_luts(options.luts);
   const PanelModel model = model_of(input);
+  source.target = on_panel(target, model);
   source.panel = &input.panel;
   source.model = &model;
   source.notes = input.notes;
@@ -30,6 +33,10 @@ void run(const Options &options, const std::string &command_line) {
   source.command_line = command_line;
   source.verify = options.report.verify;
   source.limits = options.report.limits;
+  source.luts_text = read_text(options.luts, "LUTs");
+  source.target_options = given(target_options);
+  source.labels = options.report.labels;
+  source.additivity = input.additivity;
   const Report report = make_report(source);
   write_reports(options.report, report);
   write_verdict(report, options.report.html == "-" ? stderr : stdout);
@@ -37,7 +44,7 @@ void run(const Options &options, const std::string &command_line) {
   if (!worse.empty()) {
     warn(worse);
   }
-  judge_limits(report.limits);
+  judge_limits(report.limits, options.report.html + " was written");
 }
 
 } // namespace
@@ -49,7 +56,18 @@ void add_report(CLI::App &app, const std::string &command_line) {
   command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file")->required();
   command->add_option("-o,--output", options->report.html, "HTML file to write; - for standard output")->required();
   add_target_options(command, options->target);
+  add_from_option(command, options->target);
   add_report_options(command, options->report);
-  command->footer("Example: vexo report panel.xml luts.txt -o report.html --white D65 --gamma 2.2");
+  command->add_flag_callback(
+      "--list-limits",
+      [] {
+        list_limits(stdout);
+        throw CLI::Success();
+      },
+      "Print the tolerances that --limits names, and every figure, and end");
+  command->footer(
+      "Example: vexo report panel.xml luts.txt -o report.html --from calibration.json --limits ebu-grade1\n\n"
+      "Exit status: 0 done; 1 a limit is missed (the report is written); 2 usage; 3 input unreadable or invalid;\n"
+      "4 output failed.");
   command->callback([options, command_line] { run(*options, command_line); });
 }

@@ -2,7 +2,9 @@
 #ifndef VEXO_TOOLS_SHARED_OPTIONS_H
 #define VEXO_TOOLS_SHARED_OPTIONS_H
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "calibration/recipe.h"
@@ -16,14 +18,29 @@ class App;
 
 // What the gray ramp should follow, as it stands on the command line; empty where not given.
 struct TargetOptions {
-  std::string white = "D65";
-  std::string gamma;
+  std::string from; // JSON file of a calibration
+  std::string white;
+  std::string curve;
+  std::string gamma; // a curve that is a power law
+  std::string luminance;
   std::string camera;
   std::string system;
 };
 
 void add_target_options(CLI::App *command, TargetOptions &options);
+
+// --from: the target options of a calibration's JSON file, for commands that follow one.
+void add_from_option(CLI::App *command, TargetOptions &options);
+
+// With those of --from in the place of options that were not given by hand. Says which of them were. Throws a Failure
+// (input).
+TargetOptions complete(TargetOptions options);
+
+// Throws a Failure (usage).
 Target parse_target(const TargetOptions &options);
+
+// The options that are given, by name.
+std::vector<std::pair<std::string, std::string>> given(const TargetOptions &options);
 
 // The measurements of a panel, as they stand on the command line.
 struct PanelOptions {
@@ -41,7 +58,8 @@ void add_panel_options(CLI::App *command, PanelOptions &options);
 struct PanelInput {
   Panel panel; // conditioned if asked for
   MeasuredGrays grays;
-  std::vector<std::string> notes; // every change, and what is odd
+  std::vector<std::string> notes;   // every change, and what is odd
+  std::optional<Spread> additivity; // of the gray ramp, in CIEDE2000
 };
 
 // Reads and conditions. Prints one line per kind of change on standard error, every change with -v.
@@ -52,14 +70,15 @@ PanelModel model_of(const PanelInput &input);
 
 // Where the figures of a report go; empty where not given.
 struct ReportOptions {
+  ReportLabels labels;
   std::string html;
   std::string json;
   std::string csv;
   std::string verify;
-  std::string limits;
+  std::vector<std::string> limits;
 };
 
-// --json, --csv, --limits.
+// --json, --csv, --limits, and the texts for the record.
 void add_figure_options(CLI::App *command, ReportOptions &options);
 
 // These and --verify. The option for the HTML file each command names itself.
@@ -68,8 +87,9 @@ void add_report_options(CLI::App *command, ReportOptions &options);
 // Writes the files that the options name.
 void write_reports(const ReportOptions &options, const Report &report);
 
-// Prints each limit on standard error. Throws a Failure (limit) when one is missed.
-void judge_limits(const std::vector<LimitResult> &limits);
+// Prints each limit on standard error. Throws a Failure (limit) when one is missed; written says what became of the
+// output.
+void judge_limits(const std::vector<LimitResult> &limits, const std::string &written);
 
 // "the LUTs make the gray ramp worse: ...", with the figures and what they rest on; empty when they do not.
 std::string worse_than_without(const Report &report);

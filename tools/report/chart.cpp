@@ -94,7 +94,10 @@ public:
 private:
   static double width() { return kWidth - kLeft - kRight; }
   double height() const { return total_height_ - kTop - kBottom; }
-  double px(double x) const { return kLeft + (x - x_.low) / (x_.high - x_.low) * width(); }
+  double px(double x) const {
+    return kLeft + (scaled(x) - scaled(x_.low)) / (scaled(x_.high) - scaled(x_.low)) * width();
+  }
+  double scaled(double x) const { return chart_.x.logarithmic ? std::log(x) : x; }
   double py(double y) const { return kTop + (y_.high - y) / (y_.high - y_.low) * height(); }
   bool inside(const ChartPoint &p) const { return p.x >= x_.low && p.x <= x_.high && p.y >= y_.low && p.y <= y_.high; }
 
@@ -111,7 +114,7 @@ private:
 
   void shade() {
     if (chart_.shaded_below > 0.0) {
-      const double right = std::min(px(chart_.shaded_below), kLeft + width());
+      const double right = std::clamp(px(chart_.shaded_below), kLeft, kLeft + width());
       out_ +=
           format("<rect class=\"shade\" x=\"%.2f\" y=\"%g\" width=\"%.2f\" height=\"%g\"><title>%s</title></rect>\n",
                  kLeft, kTop, right - kLeft, height(), escaped(chart_.shaded_label).c_str());
@@ -119,12 +122,11 @@ private:
   }
 
   void axes() {
-    const double x_step = tick_step(x_, 10);
-    for (double x = std::ceil(x_.low / x_step - 1e-9) * x_step; x <= x_.high + x_step * 1e-9; x += x_step) {
+    for (const double x : x_ticks()) {
       out_ += format("<line class=\"grid\" x1=\"%.2f\" y1=\"%g\" x2=\"%.2f\" y2=\"%g\"/>", px(x), kTop, px(x),
                      kTop + height());
       out_ += format("<text class=\"tick\" x=\"%.2f\" y=\"%g\" text-anchor=\"middle\">%.6g</text>\n", px(x),
-                     kTop + height() + 20.0, tidy(x, x_step));
+                     kTop + height() + 20.0, x);
     }
     const double y_step = tick_step(y_, 6);
     for (double y = std::ceil(y_.low / y_step - 1e-9) * y_step; y <= y_.high + y_step * 1e-9; y += y_step) {
@@ -138,6 +140,25 @@ private:
     out_ +=
         format("<text class=\"label\" transform=\"translate(14 %g) rotate(-90)\" text-anchor=\"middle\">%s</text>\n",
                kTop + 0.5 * height(), escaped(chart_.y.label).c_str());
+  }
+
+  std::vector<double> x_ticks() const {
+    std::vector<double> ticks;
+    if (chart_.x.logarithmic) {
+      for (double power = 1.0; power <= x_.high; power *= 10.0) {
+        for (const double factor : {1.0, 2.0, 5.0}) {
+          if (factor * power >= x_.low && factor * power <= x_.high) {
+            ticks.push_back(factor * power);
+          }
+        }
+      }
+      return ticks;
+    }
+    const double step = tick_step(x_, 10);
+    for (double x = std::ceil(x_.low / step - 1e-9) * step; x <= x_.high + step * 1e-9; x += step) {
+      ticks.push_back(tidy(x, step));
+    }
+    return ticks;
   }
 
   // A tick at zero is not a rounding error beside it.

@@ -26,8 +26,9 @@ struct ChartReference {
 struct ChartAxis {
   std::string label;
   double low = 0.0;
-  double high = 0.0; // low = high: from the data
-  int decimals = 0;  // of values under the pointer
+  double high = 0.0;        // low = high: from the data
+  int decimals = 0;         // of values under the pointer
+  bool logarithmic = false; // of x only; low is above 0
 };
 
 struct Chart {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "report/gamut.h"
 #include "report/markup.h"
 #include "text/channels.h"
 #include "text/format.h"
@@ -48,7 +49,7 @@ ChartSeries over_level(const std::string &name, const std::string &style, const 
 }
 
 // The axes of a chart over gray level.
-Chart level_chart(const Report &report, const char *id, const char *title, const char *unit, int decimals) {
+Chart level_chart(const Report &report, const char *id, const char *title, const std::string &unit, int decimals) {
   Chart chart;
   chart.id = id;
   chart.title = title;
@@ -132,11 +133,34 @@ Chart error_chart(const Report &report) {
 
 Chart luminance_chart(const Report &report) {
   const Value luminance = [](const GrayFigure &g) { return double{g.xyY.d[2]}; };
-  Chart chart = level_chart(report, "luminance", "Luminance response", "luminance above black", 3);
+  Chart chart = level_chart(report, "luminance", "Luminance response",
+                            std::string("luminance, cd/m², ") + black_in_figures(report), 3);
   add_ramps(&chart, report, luminance);
   add_target(&chart, report, luminance);
+  chart.summary = format("White: %.4g cd/m² before, %.4g after.", report.before.summary.white.d[2],
+                         report.after.summary.white.d[2]);
+  return chart;
+}
+
+// The input is in logarithmic steps: errors near black are as wide as those near white.
+Chart light_error_chart(const Report &report) {
+  Chart chart = level_chart(report, "eotf", "Error of light", "% of the target's light", 2);
+  for (const NamedRamp &shown : shown_ramps(report)) {
+    ChartSeries series = {shown.name, shown.style, {}};
+    for (const GrayFigure &gray : shown.ramp->grays) {
+      if (gray.input > 0.0) {
+        series.points.push_back({gray.input * 100.0, gray.light_error * 100.0});
+      }
+    }
+    chart.series.push_back(series);
+  }
+  chart.x = {"gray level, %, logarithmic", 1.0, 100.0, 1};
+  chart.x.logarithmic = true;
+  chart.references = {{0.0, "target"}};
+  fit_to_judged(&chart, 4.0);
   chart.summary =
-      format("White: %.4g before, %.4g after.", report.before.summary.white.d[2], report.after.summary.white.d[2]);
+      format("Worst above 1 cd/m²: %.1f %% before, %.1f %% after.", report.before.summary.light_error_bright * 100.0,
+             report.after.summary.light_error_bright * 100.0);
   return chart;
 }
 
@@ -146,9 +170,9 @@ Chart gamma_chart(const Report &report) {
   add_ramps(&chart, report, gamma);
   add_target(&chart, report, gamma);
   fit_to_judged(&chart, 0.2);
-  chart.summary =
-      format("Mean from %s up: %.3f before, %.3f after; spread after %.3f.", judged_from().c_str(),
-             report.before.summary.gamma_mean, report.after.summary.gamma_mean, report.after.summary.gamma_spread);
+  chart.summary = format("Mean from %s to 90 %%: %.3f before, %.3f after, which is %.3f to %.3f.",
+                         judged_from().c_str(), report.before.summary.gamma_mean, report.after.summary.gamma_mean,
+                         report.after.summary.gamma_min, report.after.summary.gamma_max);
   return chart;
 }
 
@@ -245,8 +269,12 @@ Chart gamut_chart(const Report &report) {
   for (const auto &xy : kLocus) {
     locus.points.push_back({xy[0], xy[1]});
   }
-  chart.series = {
-      locus,
+  chart.series = {locus};
+  for (const Coverage &c : coverages(report.primaries)) {
+    chart.series.push_back(
+        {c.space, "space", {point(c.cs.r), point(c.cs.g), point(c.cs.b), point(c.cs.r)}, true, false});
+  }
+  const std::vector<ChartSeries> panel = {
       {"panel", "white", {point(cs.r), point(cs.g), point(cs.b), point(cs.r)}, true, false},
       {"red", "red", {point(cs.r)}, false},
       {"green", "green", {point(cs.g)}, false},
@@ -254,14 +282,19 @@ Chart gamut_chart(const Report &report) {
       {"cyan, magenta, yellow", "outline", {point(report.cyan), point(report.magenta), point(report.yellow)}, false},
       {"panel white", "before", {point(cs.w)}, false},
       {"target white", "target", {point(report.source.target.white.xyz)}, false}};
-  chart.summary = format("The gamut triangle covers %.4f of the xy plane.", vexo_cs_area(&cs));
+  chart.series.insert(chart.series.end(), panel.begin(), panel.end());
+  for (const Coverage &c : coverages(report.primaries)) {
+    chart.summary +=
+        format("%s %.1f %% of %s", chart.summary.empty() ? "In u'v', the panel covers" : ",", c.uv, c.space.c_str());
+  }
+  chart.summary += ".";
   return chart;
 }
 
 } // namespace
 
 std::vector<Chart> charts(const Report &report) {
-  return {balance_chart(report),  error_chart(report),       luminance_chart(report),
-          gamma_chart(report),    temperature_chart(report), luts_chart(report),
-          response_chart(report), gray_plane_chart(report),  gamut_chart(report)};
+  return {balance_chart(report),    error_chart(report), luminance_chart(report),   light_error_chart(report),
+          gamma_chart(report),      luts_chart(report),  temperature_chart(report), response_chart(report),
+          gray_plane_chart(report), gamut_chart(report)};
 }

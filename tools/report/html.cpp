@@ -2,10 +2,12 @@
 #include <string>
 
 #include "report/charts.h"
+#include "report/figure-list.h"
+#include "report/gamut.h"
 #include "report/markup.h"
-#include "report/report.h"
 #include "report/verdict.h"
 #include "style.h"
+#include "text/channels.h"
 #include "text/format.h"
 
 namespace {
@@ -22,38 +24,15 @@ std::string row(const std::string &name, const std::string &cells) {
   return "<tr><th scope=\"row\">" + name + "</th>" + cells + "</tr>\n";
 }
 
-struct SummaryFigure {
-  const char *name;
-  double value;
-  int decimals;
-};
-
-std::vector<SummaryFigure> figures_of(const Summary &s, double black) {
-  return {{"CIEDE2000, mean", s.de2000.mean, 3},
-          {"CIEDE2000, worst", s.de2000.worst, 3},
-          {"CIEDE2000, mean of the worst 10 %", s.de2000_worst_tenth, 3},
-          {"CIEDE2000 without luminance, mean", s.chroma.mean, 3},
-          {"CIEDE2000 without luminance, worst", s.chroma.worst, 3},
-          {"Distance to the target white in u'v', worst", s.duv.worst, 4},
-          {"Effective gamma, mean", s.gamma_mean, 3},
-          {"Effective gamma, spread", s.gamma_spread, 3},
-          {"White x", s.white.d[0], 4},
-          {"White y", s.white.d[1], 4},
-          {"White luminance above black", s.white.d[2], 2},
-          {"White CCT, K", static_cast<double>(s.white_cct), 0},
-          {"Contrast", contrast(s.white.d[2], black), 0}};
-}
-
 std::string summary_table(const Report &report) {
   std::string out = kTable + column("From " + judged_from() + " input up") + column("before") +
                     column("after (predicted)") + (report.measured ? column("measured") : "") + kTableBody;
-  const auto before = figures_of(report.before.summary, report.black);
-  const auto after = figures_of(report.after.summary, report.black);
-  const auto measured = figures_of(report.measured ? report.measured->summary : Summary{}, report.black);
-  for (size_t i = 0; i < before.size(); i++) {
-    const int decimals = before[i].decimals;
-    out += row(before[i].name, cell(number(before[i].value, decimals)) + cell(number(after[i].value, decimals)) +
-                                   (report.measured ? cell(number(measured[i].value, decimals)) : ""));
+  for (const NamedFigure &figure : kNamedFigures) {
+    const auto value = [&](const Ramp &ramp) { return cell(number(figure.value(report, ramp), figure.decimals)); };
+    if (figure.on_page) {
+      out += row(escaped(figure.meaning),
+                 value(report.before) + value(report.after) + (report.measured ? value(*report.measured) : ""));
+    }
   }
   return out + kTableEnd;
 }
@@ -64,7 +43,7 @@ std::string gray_cells(const GrayFigure &gray) {
          cell(gray.cct > 0 ? std::to_string(gray.cct) : "–") + cell(number(gray.de2000, 2));
 }
 
-const char *const kGrayHeads = "<th>Y</th><th>x</th><th>y</th><th>CCT</th><th>ΔE</th>";
+const char *const kGrayHeads = "<th>Y, cd/m²</th><th>x</th><th>y</th><th>CCT, K</th><th>ΔE</th>";
 
 std::string target_cells(const Report &report, size_t i) {
   const vexo_vector &white = report.source.target.white.xyz;
@@ -77,18 +56,20 @@ std::string gray_table(const Report &report) {
   std::string out = std::string(kTable) +
                     "<th rowspan=\"2\" scope=\"col\">Input</th><th colspan=\"4\">target</th>"
                     "<th colspan=\"5\">before</th><th colspan=\"5\">after (predicted)</th></tr>"
-                    "<tr><th>Y</th><th>x</th><th>y</th><th>CCT</th>" +
+                    "<tr><th>Y, cd/m²</th><th>x</th><th>y</th><th>CCT, K</th>" +
                     kGrayHeads + kGrayHeads + kTableBody;
+  bool marked = false;
   for (size_t i = 0; i < report.after.grays.size(); i += 5) {
     const double input = report.after.grays[i].input;
     const bool dark = input > 0.0 && input < report.dark_level;
+    marked = marked || dark;
     out += row(std::to_string(i) + (dark ? " %*" : " %"),
                target_cells(report, i) + gray_cells(report.before.grays[i]) + gray_cells(report.after.grays[i]));
   }
-  return out + kTableEnd +
-         "<p class=\"note\">ΔE is CIEDE2000. * Below the first measured row: between black and that row the panel "
-         "model "
-         "is a straight line.</p>\n";
+  return out + kTableEnd + "<p class=\"note\">ΔE is CIEDE2000. Luminance Y is " + black_in_figures(report) + "." +
+         (marked ? " * Below the first measured row: between black and that row the panel model is a straight line."
+                 : "") +
+         "</p>\n";
 }
 
 std::string measured_table(const Report &report) {
@@ -107,13 +88,33 @@ std::string limits_table(const Report &report) {
     return "";
   }
   std::string out = std::string("<h2>Limits</h2>\n") + kTable + column("Figure") +
-                    "<th>limit</th><th>value</th><th></th>" + kTableBody;
+                    "<th>limit</th><th>value</th><th>result</th><th>source</th>" + kTableBody;
   for (const LimitResult &limit : report.limits) {
-    out += row(escaped(limit.figure),
-               cell(escaped(limit.limit)) + cell(number(limit.value, 4)) +
-                   (limit.passed ? "<td class=\"pass\">pass</td>" : "<td class=\"fail\">FAIL</td>"));
+    const char *const kClasses[] = {"pass", "fail", "open"};
+    out += row(escaped(limit.figure), cell(escaped(describe(limit))) + cell(number(limit.value, 4)) + "<td class=\"" +
+                                          kClasses[limit.state] + "\">" + state_name(limit.state) + "</td>" +
+                                          "<td class=\"text\">" + escaped(limit.source) + "</td>");
   }
   return out + kTableEnd;
+}
+
+std::string gamut_table(const Report &report) {
+  std::string out = std::string("<h2>Gamut</h2>\n") + kTable + column("Coverage of") +
+                    "<th>in u'v', %</th><th>in xy, %</th>" + kTableBody;
+  for (const Coverage &c : coverages(report.primaries)) {
+    out += row(c.space, cell(number(c.uv, 1)) + cell(number(c.xy, 1)));
+  }
+  const NearestSpace nearest = nearest_space(report.primaries);
+  out += std::string(kTableEnd) + kTable + column("Primary") + "<th>x</th><th>y</th><th>" + nearest.space +
+         " x</th><th>" + nearest.space + " y</th><th>CIEDE2000</th>" + kTableBody;
+  for (size_t c = 0; c < 3; c++) {
+    const PrimaryDistance &p = nearest.primaries[c];
+    out += row(kChannels[c], cell(number(p.panel.d[0], 4)) + cell(number(p.panel.d[1], 4)) +
+                                 cell(number(p.space.d[0], 4)) + cell(number(p.space.d[1], 4)) +
+                                 cell(number(p.de2000, 2)));
+  }
+  return out + kTableEnd + "<p class=\"note\">Primaries at full drive, above black, beside those of " + nearest.space +
+         ", the nearest of the three. Both are scaled to the same white.</p>\n";
 }
 
 std::string fact(const char *term, const std::string &text) {
@@ -121,24 +122,47 @@ std::string fact(const char *term, const std::string &text) {
 }
 
 std::string white_fact(const Report &report) {
-  const Summary &before = report.before.summary;
-  const Summary &after = report.after.summary;
-  return format("luminance %.2f to %.2f, %.1f %% given up; %s to %s", before.white.d[2], after.white.d[2],
-                100.0 * (1.0 - double{after.white.d[2]} / before.white.d[2]), kelvin(before.white_cct).c_str(),
-                kelvin(after.white_cct).c_str());
+  const double before = report.before.seen.white;
+  const double after = report.after.seen.white;
+  return format("luminance %.2f to %.2f cd/m², %.1f %% given up; %s to %s", before, after,
+                100.0 * (1.0 - after / before), kelvin(report.before.summary.white_cct).c_str(),
+                kelvin(report.after.summary.white_cct).c_str()) +
+         (report.source.target.luminance ? format("; asked for %g cd/m²", *report.source.target.luminance) : "");
+}
+
+std::string additivity_fact(const Report &report) {
+  return report.source.additivity
+             ? format("the sum of the channels misses the measured grays by CIEDE2000 %.2f on average, %.2f "
+                      "at worst",
+                      report.source.additivity->mean, report.source.additivity->worst)
+             : "no gray ramp of the bare panel was given";
+}
+
+// A file's name and what identifies it.
+std::string file_fact(const char *term, const std::string &name, const std::string &sha256) {
+  return name.empty() ? "" : fact(term, name + (sha256.empty() ? "" : ", SHA-256 " + sha256));
 }
 
 std::string facts(const Report &report) {
   const ReportSource &source = report.source;
   const White &white = source.target.white;
-  return "<h2>The calibration</h2>\n<dl>\n" + fact("Panel file", source.panel->path) +
-         fact("SHA-256", report.panel_sha256) + fact("File of", report.panel_date) + fact("Report of", report.date) +
-         fact("Recipe", source.recipe) + fact("LUTs", source.luts_name) +
+  std::string out = "<h2>The calibration</h2>\n<dl>\n";
+  for (const RecordedText &recorded : kRecordedTexts) {
+    const std::string &text = source.labels.*recorded.text;
+    out += text.empty() ? "" : fact(recorded.title, text);
+  }
+  return out + file_fact("Panel file", source.panel->path, report.panel_sha256) +
+         fact("Panel file of", report.panel_date) + file_fact("LUTs", source.luts_name, report.luts_sha256) +
+         file_fact("Measured ramp", source.verify, report.measured_sha256) + fact("Report of", report.date) +
+         fact("Recipe", source.recipe) +
          fact("Target white", format("%s: x %.6g, y %.6g, %s", white.name.c_str(), white.xyz.d[0], white.xyz.d[1],
                                      kelvin(report.target.summary.white_cct).c_str())) +
-         fact("Camera curve", describe(source.target.camera)) + fact("System curve", describe(source.target.system)) +
-         fact("White", white_fact(report)) + fact("Command line", source.command_line) +
-         fact("Tool", "vexo " VEXO_VERSION) + "</dl>\n";
+         fact("Target curve", source.target.curve.name + ": " + source.target.curve.meaning) +
+         fact("Luminances", std::string("of grays ") + black_in_figures(report) +
+                                "; of white, black and contrast "
+                                "black included") +
+         fact("White", white_fact(report)) + fact("Channels", additivity_fact(report)) +
+         fact("Command line", source.command_line) + fact("Tool", "vexo " VEXO_VERSION) + "</dl>\n";
 }
 
 std::string notes(const Report &report) {
@@ -153,12 +177,21 @@ std::string notes(const Report &report) {
   return out + "</ul>\n";
 }
 
+// PASS, FAIL or no limits given, with the class that colours it.
+std::string outcome_line(const Report &report) {
+  const std::string text = outcome(report.limits);
+  const char *kind = report.limits.empty() ? "open" : text.rfind("PASS", 0) == 0 ? "pass" : "fail";
+  return std::string("<p class=\"outcome ") + kind + "\">" + escaped(text) + ", " + basis(report) + "</p>\n";
+}
+
 std::string head(const Report &report) {
+  const std::string &name = report.source.labels.name;
+  const std::string title = "Calibration report" + (name.empty() ? "" : ": " + escaped(name));
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-         "<title>Calibration report</title>\n<style>\n" +
-         std::string(kStyle) + "</style>\n</head>\n<body>\n<h1>Calibration report</h1>\n<p class=\"verdict\">" +
-         escaped(verdict(report)) + "</p>\n<p>" +
+         "<title>" +
+         title + "</title>\n<style>\n" + std::string(kStyle) + "</style>\n</head>\n<body>\n<h1>" + title + "</h1>\n" +
+         outcome_line(report) + "<p class=\"verdict\">" + escaped(verdict(report)) + "</p>\n<p>" +
          (judges_measured(report) ? std::string("The verdict is about the measured ramp. Figures named predicted are ")
                                   : std::string("The figures through the LUTs are ")) +
          prediction_basis(report) + ".</p>\n" +
@@ -177,7 +210,7 @@ std::string chart_section(const Report &report) {
 
 void write_html(const Report &report, std::FILE *f) {
   const std::string page = head(report) + summary_table(report) + limits_table(report) + facts(report) + notes(report) +
-                           chart_section(report) + "<h2>Gray steps</h2>\n" + gray_table(report) +
+                           chart_section(report) + gamut_table(report) + "<h2>Gray steps</h2>\n" + gray_table(report) +
                            measured_table(report) + "</body>\n</html>\n";
   std::fputs(page.c_str(), f);
 }

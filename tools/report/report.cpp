@@ -3,7 +3,6 @@
 #include <nettle/sha2.h>
 #include <sys/stat.h>
 
-#include <array>
 #include <ctime>
 
 #include "file/csv.h"
@@ -13,15 +12,10 @@
 
 namespace {
 
-std::string sha256(const std::string &path) {
-  const File f = open_input(path, "a file");
+std::string sha256(const std::string &content) {
   sha256_ctx context;
   sha256_init(&context);
-  std::array<unsigned char, 65536> block;
-  for (size_t length = block.size(); length == block.size();) {
-    length = std::fread(block.data(), 1, block.size(), f.get());
-    sha256_update(&context, length, block.data());
-  }
+  sha256_update(&context, content.size(), reinterpret_cast<const unsigned char *>(content.data()));
   unsigned char digest[SHA256_DIGEST_SIZE];
   sha256_digest(&context, sizeof digest, digest);
   std::string text;
@@ -59,48 +53,70 @@ std::vector<GrayReading> read_ramp(const std::string &path) {
   return rows;
 }
 
-// The grays of a measured ramp. Black is its reading of level 0, or else the panel's.
-std::vector<GrayFigure> read_measured(const std::string &path, const Triple &panel_black) {
-  const std::vector<GrayReading> rows = read_ramp(path);
-  const auto XYZ = [](const GrayReading &r) { return triple(r.XYZ); };
-  const Triple black = rows.front().level > 0.0F ? panel_black : XYZ(rows.front());
-  const double white = XYZ(rows.back())[1] - black[1];
+// A ramp before it is judged.
+struct ShownRamp {
   std::vector<GrayFigure> grays;
-  for (const GrayReading &r : rows) {
-    const Triple shown = XYZ(r) - black;
-    grays.push_back(gray_figure(double{r.level} / rows.back().level, shown, white));
-  }
-  return grays;
+  Triple black;    // of the ramp
+  Triple included; // the black that the figures include
+};
+
+ShownRamp predicted_ramp(const ReportSource &source, LutSet *luts) {
+  const Triple black = black_of(source.model->measurements());
+  const Triple included = included_black(source.target.curve, black);
+  return {predict(*source.model, luts == nullptr ? nullptr : luts->get(), included), black, included};
 }
+
+// Black is the ramp's reading of level 0, or else the panel's.
+ShownRamp measured_ramp(const ReportSource &source) {
+  const std::vector<GrayReading> rows = read_ramp(source.verify);
+  const bool own_black = rows.front().level == 0.0F;
+  const Triple black = own_black ? triple(rows.front().XYZ) : black_of(source.model->measurements());
+  ShownRamp ramp = {{}, black, included_black(source.target.curve, black)};
+  const Triple removed = ramp.black - ramp.included;
+  const LightRange range = {double{rows.back().XYZ.d[1]} - removed[1], ramp.included[1]};
+  for (const GrayReading &r : rows) {
+    ramp.grays.push_back(gray_figure(double{r.level} / rows.back().level, triple(r.XYZ) - removed, range));
+  }
+  return ramp;
+}
+
+double peak_of(const ShownRamp &ramp) { return ramp.grays.back().XYZ.d[1]; }
 
 void add_facts(Report *report) {
   const Panel &panel = *report->source.panel;
   const vexo_lcnr &rows = report->source.model->measurements();
-  report->panel_sha256 = sha256(panel.path);
+  const ReportSource &source = report->source;
+  report->panel_sha256 = sha256(read_text(panel.path, "LCNR measurements"));
+  report->luts_sha256 = source.luts_text.empty() ? "" : sha256(source.luts_text);
+  report->measured_sha256 = source.verify.empty() ? "" : sha256(read_text(source.verify, "a gray ramp"));
   report->panel_date = last_change(panel.path);
   report->date = utc(std::time(nullptr));
   report->dark_level = double{rows.sample[1]} / rows.sample[rows.num - 1];
-  report->black = black_of(rows)[1];
   report->primaries = primaries_of(*report->source.model);
   vexo_cs_secondary(&report->primaries, &report->cyan, &report->magenta, &report->yellow);
 }
 
 void add_ramps(Report *report) {
   const ReportSource &source = report->source;
-  const auto target_for = [&](const std::vector<GrayFigure> &grays) {
-    return GrayTarget(source.target, report->primaries, grays.back().XYZ.d[1]);
+  const auto target_at = [&](double peak, const ShownRamp &ramp) {
+    return GrayTarget(source.target, report->primaries, peak, ramp.included);
   };
-  const auto judge = [&](const std::vector<GrayFigure> &grays) { return target_for(grays).judge(grays); };
-  std::vector<GrayFigure> after = predict(*source.model, source.luts->get());
-  const GrayTarget target = target_for(after);
-  report->target = target.ideal();
-  report->before = target.judge(predict(*source.model, nullptr));
-  report->after = target.judge(std::move(after));
+  const auto judge = [&](const ShownRamp &ramp, double peak) {
+    Ramp judged = target_at(peak, ramp).judge(ramp.grays);
+    judged.seen = {peak_of(ramp) + ramp.black[1] - ramp.included[1], ramp.black[1]};
+    return judged;
+  };
+  const ShownRamp after = predicted_ramp(source, source.luts);
+  report->target = target_at(peak_of(after), after).ideal();
+  report->before = judge(predicted_ramp(source, nullptr), peak_of(after));
+  report->after = judge(after, peak_of(after));
   if (source.exact != nullptr) {
-    report->exact = judge(predict(*source.model, source.exact->get()));
+    const ShownRamp exact = predicted_ramp(source, source.exact);
+    report->exact = judge(exact, peak_of(exact));
   }
   if (!source.verify.empty()) {
-    report->measured = judge(read_measured(source.verify, black_of(source.model->measurements())));
+    const ShownRamp measured = measured_ramp(source);
+    report->measured = judge(measured, peak_of(measured));
   }
 }
 
@@ -111,30 +127,17 @@ Report make_report(const ReportSource &source) {
   report.source = source;
   add_facts(&report);
   add_ramps(&report);
-  if (!source.limits.empty()) {
-    report.limits = check_limits(named_figures(report), source.limits);
+  for (const std::string &name_or_file : source.limits) {
+    const std::vector<LimitResult> judged = check_limits(report, name_or_file);
+    report.limits.insert(report.limits.end(), judged.begin(), judged.end());
   }
   return report;
 }
 
+const char *black_in_figures(const Report &report) {
+  return report.source.target.curve.refers_to_black ? "black included" : "above black";
+}
+
 bool judges_measured(const Report &report) { return report.measured && report.source.measured_through.empty(); }
 
-const Summary &judged(const Report &report) {
-  return judges_measured(report) ? report.measured->summary : report.after.summary;
-}
-
-NamedFigures named_figures(const Report &report) {
-  const Summary &s = judged(report);
-  const double luminance = s.white.d[2];
-  return {{"de2000_mean", s.de2000.mean},
-          {"de2000_worst", s.de2000.worst},
-          {"de2000_worst_tenth", s.de2000_worst_tenth},
-          {"chroma_mean", s.chroma.mean},
-          {"chroma_worst", s.chroma.worst},
-          {"duv_worst", s.duv.worst},
-          {"gamma_mean", s.gamma_mean},
-          {"gamma_spread", s.gamma_spread},
-          {"luminance", luminance},
-          {"luminance_given_up", 100.0 * (1.0 - luminance / report.before.summary.white.d[2])},
-          {"contrast", contrast(luminance, report.black)}};
-}
+const Ramp &judged(const Report &report) { return judges_measured(report) ? *report.measured : report.after; }

@@ -5,12 +5,35 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "calibration/figures.h"
 #include "file/luts.h"
 #include "file/panel.h"
 #include "report/limits.h"
+
+// Texts that a user gives for the record; empty where not given.
+struct ReportLabels {
+  std::string name; // of the panel
+  std::string serial;
+  std::string probe;
+  std::string person; // who measured
+  std::string note;
+};
+
+// A text for the record with its name in the report.
+struct RecordedText {
+  const char *member; // of JSON
+  const char *title;  // on the page
+  std::string ReportLabels::*text;
+};
+
+inline const RecordedText kRecordedTexts[] = {{"name", "Panel", &ReportLabels::name},
+                                              {"serial", "Serial number", &ReportLabels::serial},
+                                              {"probe", "Probe", &ReportLabels::probe},
+                                              {"operator", "Operator", &ReportLabels::person},
+                                              {"note", "Note", &ReportLabels::note}};
 
 // What a report is made of.
 struct ReportSource {
@@ -22,19 +45,24 @@ struct ReportSource {
   LutSet *luts = nullptr;
   LutSet *exact = nullptr; // the LUTs before rounding to codes; null where unknown
   std::string luts_name;
+  std::string luts_text; // the LUT file's content; empty where there is none
   std::string command_line;
-  std::string verify;           // CSV file of a gray ramp measured through LUTs; empty: none
-  std::string measured_through; // other LUTs that the ramp was measured through; empty: these
-  std::string limits;           // JSON file of limits; empty: none
+  std::vector<std::pair<std::string, std::string>> target_options; // as given, by name
+  ReportLabels labels;
+  std::optional<Spread> additivity; // CIEDE2000 of the channels' sum to the measured grays of the bare panel
+  std::string verify;               // CSV file of a gray ramp measured through LUTs; empty: none
+  std::string measured_through;     // other LUTs that the ramp was measured through; empty: these
+  std::vector<std::string> limits;  // tolerances by name, and JSON files
 };
 
 struct Report {
   ReportSource source;
   std::string panel_sha256;
-  std::string panel_date; // last change of the file
+  std::string luts_sha256;     // empty: no file
+  std::string measured_sha256; // empty: none
+  std::string panel_date;      // last change of the file
   std::string date;
   double dark_level; // input below which no row above black was measured
-  double black;      // measured luminance of black
   vexo_cs primaries; // with the panel's own white
   vexo_vector cyan;
   vexo_vector magenta;
@@ -50,14 +78,14 @@ struct Report {
 // Computes every figure. Throws a Failure (input).
 Report make_report(const ReportSource &source);
 
+// "above black" or "black included": what the luminances of the ramps are.
+const char *black_in_figures(const Report &report);
+
 // Whether verdict and limits are about the measured ramp: one that was measured through these LUTs.
 bool judges_measured(const Report &report);
 
-// The summary that verdict and limits are about.
-const Summary &judged(const Report &report);
-
-// The figures by the names that limits and JSON use.
-NamedFigures named_figures(const Report &report);
+// The ramp that verdict and limits are about.
+const Ramp &judged(const Report &report);
 
 void write_html(const Report &report, std::FILE *f);
 void write_json(const Report &report, std::FILE *f);

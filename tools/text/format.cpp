@@ -1,5 +1,6 @@
 #include "text/format.h"
 
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +14,11 @@ std::string format(const char *pattern, ...) {
   std::vsnprintf(text.data(), text.size() + 1, pattern, args);
   va_end(args);
   return text;
+}
+
+std::string shortest(float value) {
+  char digits[32];
+  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
 }
 
 std::string join(const std::vector<std::string> &words) {

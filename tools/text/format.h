@@ -8,6 +8,9 @@
 // printf into a string.
 std::string format(const char *pattern, ...) __attribute__((format(printf, 1, 2)));
 
+// The shortest decimal number that is this float: 2.2, not 2.20000005.
+std::string shortest(float value);
+
 // The words with a blank between them.
 std::string join(const std::vector<std::string> &words);
 
