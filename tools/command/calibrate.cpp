@@ -39,6 +39,7 @@ void compare_with_solve(const PanelInput &input, const RecipeJob &job, Correctio
 }
 
 void run(const Options &options, const std::string &command_line) {
+  require_apart(options.panel, options.report, "", options.output);
   const PanelInput input = read_panel_input(options.panel);
   const RecipeJob job = {&recipe_named(options.recipe),
                          parse_target(options.target),

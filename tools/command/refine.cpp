@@ -41,6 +41,7 @@ bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, L
 }
 
 void run(const Options &options, const std::string &command_line) {
+  require_apart(options.panel, options.report, options.luts, options.output);
   PanelInput input = read_panel_input(options.panel);
   const Target target = parse_target(options.target);
   LutScan scan = scan_luts(options.luts, "integer");

@@ -16,6 +16,7 @@ struct Options {
 };
 
 void run(const Options &options, const std::string &command_line) {
+  require_apart(options.panel, options.report, options.luts, "");
   ReportSource source;
   source.target = parse_target(options.target);
   const PanelInput input = read_panel_input(options.panel);
@@ -32,7 +33,7 @@ void run(const Options &options, const std::string &command_line) {
   source.limits = options.report.limits;
   const Report report = make_report(source);
   write_reports(options.report, report);
-  write_verdict(report, options.report.html == "-" ? stderr : stdout);
+  write_verdict(report, options.report.to_stdout() ? stderr : stdout);
   const std::string worse = worse_than_without(report);
   if (!worse.empty()) {
     warn(worse);

@@ -6,6 +6,7 @@
 
 #include "calibration/condition.h"
 #include "calibration/gray-ramp.h"
+#include "file/apart.h"
 #include "file/output.h"
 #include "report/verdict.h"
 #include "text/failure.h"
@@ -95,6 +96,12 @@ PanelModel model_of(const PanelInput &input) {
     throw Failure(kInputError, unusable_row(input.panel));
   }
   return std::move(*model);
+}
+
+void require_apart(const PanelOptions &panel, const ReportOptions &report, const std::string &luts_in,
+                   const std::string &luts_out) {
+  require_apart({panel.panel, panel.gray, luts_in, report.verify, report.limits},
+                {luts_out, report.html, report.json, report.csv});
 }
 
 void add_figure_options(CLI::App *command, ReportOptions &options) {

@@ -57,7 +57,15 @@ struct ReportOptions {
   std::string csv;
   std::string verify;
   std::string limits;
+
+  // Whether standard output belongs to a file, so that texts for people go elsewhere.
+  bool to_stdout() const { return html == "-" || json == "-" || csv == "-"; }
 };
+
+// All files of a command are different ones: those of the options, and the LUTs that it reads and writes; empty for
+// none. Throws a Failure (usage).
+void require_apart(const PanelOptions &panel, const ReportOptions &report, const std::string &luts_in,
+                   const std::string &luts_out);
 
 // --json, --csv, --limits.
 void add_figure_options(CLI::App *command, ReportOptions &options);
