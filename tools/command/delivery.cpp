@@ -61,7 +61,7 @@ std::string describe_white(const Ramp &ramp) {
 }
 
 void print(const Delivery &d, const Report &report) {
-  std::FILE *f = d.output == "-" ? stderr : stdout;
+  std::FILE *f = d.output == "-" || d.report.to_stdout() ? stderr : stdout;
   const vexo_lcnr &rows = d.input->panel.lcnr;
   const Target &target = d.job->target;
   const double *gains = d.correction->gains;

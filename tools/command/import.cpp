@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "command/commands.h"
+#include "file/apart.h"
 #include "file/import.h"
 #include "file/input.h"
 #include "file/panel.h"
@@ -26,6 +27,7 @@ void print(const Options &options, const Import &result) {
 }
 
 void run(const Options &options) {
+  require_apart({options.input}, {options.output});
   const Import result = import_measurements(options.input);
   write_panel(options.output, result.lcnr);
   print(options, result);

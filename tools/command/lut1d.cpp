@@ -6,6 +6,7 @@
 #include "command/commands.h"
 #include "command/difference-limit.h"
 #include "command/lut1d-input.h"
+#include "file/apart.h"
 #include "file/lut1d-output.h"
 #include "lut/lut1d-faults.h"
 #include "lut/lut1d-statistics.h"
@@ -65,6 +66,7 @@ void convert(const Options &options) {
   if (options.bits && !holds_codes(output.layout)) {
     throw Failure(kUsageError, "--bits: the layout " + output.layout + " holds decimal numbers, not codes");
   }
+  require_apart({options.input.path}, {output.path});
   Lut1dFile in = read_with_warnings(options.input);
   LutSet luts = resampled(in.luts, options.entries.value_or(in.luts.size()));
   output.bits = options.bits.value_or(in.scan.bits > 0 ? in.scan.bits : kColumnBits);
@@ -76,6 +78,7 @@ void convert(const Options &options) {
 }
 
 void diff(const Options &options) {
+  require_apart({options.input.path, options.other}, {});
   LutSet a = read_with_warnings(options.input).luts;
   LutSet b = read_with_warnings({options.other, options.input.layout}).luts;
   if (a.size() != b.size()) {

@@ -6,6 +6,7 @@
 #include "command/commands.h"
 #include "command/difference-limit.h"
 #include "command/lut3d-input.h"
+#include "file/apart.h"
 #include "lut/lut3d-statistics.h"
 #include "text/channels.h"
 #include "text/format.h"
@@ -68,6 +69,7 @@ void info(const Options &options) {
 }
 
 void convert(const Options &options) {
+  require_apart({options.input.path}, {options.output.path});
   Lut3dFile file = read_with_warnings(options.input);
   check_output(options.output, options.size.value_or(vexo_3dlut_size(file.lut.get())));
   if (options.size) {
@@ -87,6 +89,7 @@ void identity(const Options &options) {
 }
 
 void diff(const Options &options) {
+  require_apart({options.input.path, options.other}, {});
   Lut3dInput other = options.input;
   other.path = options.other;
   Lut3d a = read_with_warnings(options.input).lut;

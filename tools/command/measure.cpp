@@ -3,6 +3,7 @@
 
 #include "command/commands.h"
 #include "command/shared-options.h"
+#include "file/apart.h"
 #include "report/measurements.h"
 #include "text/failure.h"
 #include "text/json.h"
@@ -20,8 +21,13 @@ void run(const Options &options) {
   if (options.panel.empty()) {
     throw Failure(kUsageError, "PANEL.xml is required");
   }
+  require_apart({options.panel, options.gray}, {options.condition, options.json ? "-" : ""});
   const Check c = check(read_panel(options.panel), options.gray);
-  options.json ? print_json(json_check(c)) : print_check(c);
+  if (options.json) {
+    print_json(json_check(c));
+  } else if (options.condition != "-") {
+    print_check(c);
+  }
   if (!options.condition.empty()) {
     write_panel(options.condition, read_panel_input({options.panel, "", "on"}).panel.lcnr);
     return;
@@ -41,8 +47,9 @@ void add_measure(CLI::App &app) {
                                           "CSV file of the measured gray ramp, level,X,Y,Z: says how far the "
                                           "channels add");
   CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
-  CLI::Option *conditioned = command->add_option(
-      "--condition", options->condition, "LCNR file to write: the measurements as vexo calibrate conditions them");
+  CLI::Option *conditioned = command->add_option("--condition", options->condition,
+                                                 "LCNR file to write: the measurements as vexo calibrate conditions "
+                                                 "them; - for standard output, without the check");
   command->footer(
       "Example: vexo measure panel.xml --gray gray.csv\n\n"
       "Exit status: 0 vexo calibrate can use it, warnings or not; 1 it cannot; 2 usage; 3 input unreadable or\n"

@@ -43,6 +43,7 @@ bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, L
 void run(const Options &options, const std::string &command_line) {
   const TargetOptions target_options = complete(options.target);
   Target target = parse_target(target_options);
+  require_apart(options.panel, options.target, options.report, options.luts, options.output);
   PanelInput input = read_panel_input(options.panel);
   LutScan scan = scan_luts(options.luts, "integer");
   LutSet before = load_luts(scan);

@@ -17,6 +17,7 @@ struct Options {
 };
 
 void run(const Options &options, const std::string &command_line) {
+  require_apart(options.panel, options.target, options.report, options.luts, "");
   ReportSource source;
   const TargetOptions target_options = complete(options.target);
   const Target target = parse_target(target_options);
@@ -39,7 +40,7 @@ void run(const Options &options, const std::string &command_line) {
   source.additivity = input.additivity;
   const Report report = make_report(source);
   write_reports(options.report, report);
-  write_verdict(report, options.report.html == "-" ? stderr : stdout);
+  write_verdict(report, options.report.to_stdout() ? stderr : stdout);
   const std::string worse = worse_than_without(report);
   if (!worse.empty()) {
     warn(worse);

@@ -4,43 +4,16 @@
 
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "calibration/recipe.h"
-#include "calibration/target.h"
+#include "command/target-options.h"
 #include "file/panel.h"
 #include "report/report.h"
 
 namespace CLI {
 class App;
 }
-
-// What the gray ramp should follow, as it stands on the command line; empty where not given.
-struct TargetOptions {
-  std::string from; // JSON file of a calibration
-  std::string white;
-  std::string curve;
-  std::string gamma; // a curve that is a power law
-  std::string luminance;
-  std::string camera;
-  std::string system;
-};
-
-void add_target_options(CLI::App *command, TargetOptions &options);
-
-// --from: the target options of a calibration's JSON file, for commands that follow one.
-void add_from_option(CLI::App *command, TargetOptions &options);
-
-// With those of --from in the place of options that were not given by hand. Says which of them were. Throws a Failure
-// (input).
-TargetOptions complete(TargetOptions options);
-
-// Throws a Failure (usage).
-Target parse_target(const TargetOptions &options);
-
-// The options that are given, by name.
-std::vector<std::pair<std::string, std::string>> given(const TargetOptions &options);
 
 // The measurements of a panel, as they stand on the command line.
 struct PanelOptions {
@@ -75,8 +48,16 @@ struct ReportOptions {
   std::string json;
   std::string csv;
   std::string verify;
-  std::vector<std::string> limits;
+  std::vector<std::string> limits; // tolerances by name, and files
+
+  // Whether standard output belongs to a file, so that texts for people go elsewhere.
+  bool to_stdout() const { return html == "-" || json == "-" || csv == "-"; }
 };
+
+// All files of a command are different ones: those of the options, and the LUTs that it reads and writes; empty for
+// none. Throws a Failure (usage).
+void require_apart(const PanelOptions &panel, const TargetOptions &target, const ReportOptions &report,
+                   const std::string &luts_in, const std::string &luts_out);
 
 // --json, --csv, --limits, and the texts for the record.
 void add_figure_options(CLI::App *command, ReportOptions &options);
