@@ -35,12 +35,17 @@ void check_numbers(const std::string &text) {
 
 void check_words(const std::string &text) {
   accepted([&] {
-    const auto &xyz = parse_white("", text).xyz.d;
-    require(xyz[0] > 0.0F && xyz[1] > 0.0F && xyz[2] >= 0.0F, "a white has a chromaticity");
+    const White white = parse_white("", text);
+    const auto &xyz = white.xyz.d;
+    require(white.is_native() || (xyz[0] > 0.0F && xyz[1] > 0.0F && xyz[2] >= 0.0F), "a white has a chromaticity");
   });
   accepted([&] {
-    const Curve curve = parse_curve("", text);
+    const LibraryCurve curve = parse_camera_curve("", text);
     require(curve.gamma.gamma > 0.0F && curve.gamma.transition < 1.0F && !describe(curve).empty(), "a curve");
+  });
+  accepted([&] {
+    const double light = parse_tone_curve("", text).luminance(0.5, {100.0, 0.1});
+    require(light >= 0.0 && light < 1e4, "a tone curve gives light");
   });
   accepted([&] { parse_space("", text); });
   accepted([&] {

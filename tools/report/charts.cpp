@@ -142,7 +142,20 @@ Chart luminance_chart(const Report &report) {
   return chart;
 }
 
-// The input is in logarithmic steps: errors near black are as wide as those near white.
+// Of the judged grays through LUTs, as a part of the target's light.
+double worst_light_error(const Report &report) {
+  double worst = 0.0;
+  for (const NamedRamp &shown : shown_ramps(report)) {
+    for (const GrayFigure &gray : shown.ramp->grays) {
+      const bool counts = shown.ramp != &report.before && is_judged(gray.input);
+      worst = counts ? std::max(worst, std::fabs(gray.light_error)) : worst;
+    }
+  }
+  return worst;
+}
+
+// The input is in logarithmic steps: errors near black are as wide as those near white. The axis fits the ramps through
+// LUTs; the one without may leave it.
 Chart light_error_chart(const Report &report) {
   Chart chart = level_chart(report, "eotf", "Error of light", "% of the target's light", 2);
   for (const NamedRamp &shown : shown_ramps(report)) {
@@ -157,7 +170,8 @@ Chart light_error_chart(const Report &report) {
   chart.x = {"gray level, %, logarithmic", 1.0, 100.0, 1};
   chart.x.logarithmic = true;
   chart.references = {{0.0, "target"}};
-  fit_to_judged(&chart, 4.0);
+  chart.y.high = 1.2 * std::max(5.0, 100.0 * worst_light_error(report));
+  chart.y.low = -chart.y.high;
   chart.summary =
       format("Worst above 1 cd/m²: %.1f %% before, %.1f %% after.", report.before.summary.light_error_bright * 100.0,
              report.after.summary.light_error_bright * 100.0);
