@@ -63,14 +63,34 @@ void add_panel_options(CLI::App *command, PanelOptions &options) {
   command->add_option("--gray", options.gray,
                       "Gray ramp measured on the bare panel, CSV of level,X,Y,Z: the model then knows how far the "
                       "channels do not add");
+  command->add_option("--mix", options.mix,
+                      "Mixtures of the channels measured on the bare panel, CSV of r,g,b,X,Y,Z or a .ti3 file: the "
+                      "model then knows colours, too");
 }
+
+namespace {
+
+void note_more(PanelInput *input) {
+  const auto &[grays, mixtures] = input->more;
+  const std::string difference = grays ? black_difference(*grays, input->panel) : "";
+  if (!difference.empty()) {
+    warn(difference);
+    input->notes.push_back(difference);
+  }
+  if (mixtures) {
+    input->notes.insert(input->notes.end(), mixtures->notes.begin(), mixtures->notes.end());
+  }
+}
+
+} // namespace
 
 PanelInput read_panel_input(const PanelOptions &options) {
   const Panel panel = read_panel(options.panel);
-  PanelInput input = {panel, {}, {}};
+  PanelInput input = {panel, {}, {}, {}};
   if (options.conditions()) {
     const Conditioned conditioned = condition(panel);
-    input = {conditioned.panel, {}, conditioned.notes};
+    input.panel = conditioned.panel;
+    input.notes = conditioned.notes;
     for (const std::string &line : conditioned.summary) {
       warn(options.panel + ": " + line);
     }
@@ -78,20 +98,17 @@ PanelInput read_panel_input(const PanelOptions &options) {
       say(note);
     }
   }
-  if (!options.gray.empty()) {
-    const GrayRamp ramp = read_gray_ramp(options.gray, input.panel);
-    const std::string difference = black_difference(ramp, input.panel);
-    if (!difference.empty()) {
-      warn(difference);
-      input.notes.push_back(difference);
-    }
-    input.grays = {bare_grays(ramp, model_of(input), noise_floor(panel.lcnr))};
+  input.more = read_more(options.gray, options.mix, input.panel);
+  note_more(&input);
+  if (input.more.grays || input.more.mixtures) {
+    say("solves the model of grays and mixtures");
+    input.evidence = evidence_of(input.more, model_of(input), noise_floor(panel.lcnr));
   }
   return input;
 }
 
 PanelModel model_of(const PanelInput &input) {
-  auto model = model_of(input.panel.lcnr, input.grays);
+  auto model = model_of(input.panel.lcnr, input.evidence);
   if (!model) {
     throw Failure(kInputError, unusable_row(input.panel));
   }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "calibration/evidence.h"
 #include "calibration/recipe.h"
 #include "calibration/target.h"
 #include "file/panel.h"
@@ -29,18 +30,20 @@ Target parse_target(const TargetOptions &options);
 struct PanelOptions {
   std::string panel;
   std::string gray; // empty where not given
+  std::string mix;  // empty where not given
   std::string condition = "on";
 
   bool conditions() const { return condition == "on"; }
 };
 
-// PANEL.xml and --gray.
+// PANEL.xml, --gray and --mix.
 void add_panel_options(CLI::App *command, PanelOptions &options);
 
 // What was read of a panel.
 struct PanelInput {
   Panel panel; // conditioned if asked for
-  MeasuredGrays grays;
+  MoreReadings more;
+  Evidence evidence;
   std::vector<std::string> notes; // every change, and what is odd
 };
 
