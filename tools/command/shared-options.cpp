@@ -117,7 +117,7 @@ PanelModel model_of(const PanelInput &input) {
 
 void require_apart(const PanelOptions &panel, const ReportOptions &report, const std::string &luts_in,
                    const std::string &luts_out) {
-  require_apart({panel.panel, panel.gray, luts_in, report.verify, report.limits},
+  require_apart({panel.panel, panel.gray, panel.mix, luts_in, report.verify, report.limits},
                 {luts_out, report.html, report.json, report.csv});
 }
 
