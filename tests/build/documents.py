@@ -77,7 +77,8 @@ def check_document(document, scratch):
 def check_transcript(transcript, scratch):
     def again(shown):
         done = run(f"{os.environ.get('VEXO_LIMITS', '')}\n{shown[1]}", scratch)
-        out = done.stdout + ("" if done.stdout.endswith("\n") or not done.stdout else "\n[no end of line]\n")
+        out = re.sub("\n+$", "\n", done.stdout)
+        out += "" if out.endswith("\n") or not out else "\n[no end of line]\n"
         errors = "".join(f"! {line}\n" for line in done.stderr.splitlines())
         return f"$ {shown[1]}\n{out}{errors}" + (f"[exit {done.returncode}]\n" if done.returncode else "")
 
