@@ -4,6 +4,7 @@
 //   make-panel panel sample-panel.xml              33 rows of red, green and blue, each driven alone
 //   make-panel gray sample-bare.csv                a gray ramp of 22 levels
 //   make-panel gray sample-measured.csv luts.txt   the same through LUTs
+//   make-panel mix sample-mix.csv                  mixtures of the channels
 #include <cstdio>
 #include <cstring>
 
@@ -44,6 +45,20 @@ int write_grays(const char *path, const vexo_lut *luts) {
   return std::fclose(f) == 0 && written ? 0 : fail(path);
 }
 
+int write_mixtures(const char *path) {
+  std::FILE *f = std::fopen(path, "w");
+  if (f == nullptr) {
+    return fail(path);
+  }
+  std::fputs("r,g,b,X,Y,Z\n", f);
+  for (const auto &mixture : panel_model::measure_mixtures(panel_model::real_panel(), panel_model::sample_noise())) {
+    std::fprintf(f, "%.0f,%.0f,%.0f,%.4f,%.4f,%.4f\n", mixture.drive[0], mixture.drive[1], mixture.drive[2],
+                 mixture.XYZ[0], mixture.XYZ[1], mixture.XYZ[2]);
+  }
+  const bool written = std::ferror(f) == 0;
+  return std::fclose(f) == 0 && written ? 0 : fail(path);
+}
+
 int write_grays_through(const char *path, const char *luts_path) {
   vexo_lut luts[3] = {};
   std::FILE *f = std::fopen(luts_path, "r");
@@ -67,6 +82,9 @@ int main(int argc, char **argv) {
   if (argc >= 3 && argc <= 4 && std::strcmp(argv[1], "gray") == 0) {
     return argc == 3 ? write_grays(argv[2], nullptr) : write_grays_through(argv[2], argv[3]);
   }
-  std::fputs("usage: make-panel panel FILE | gray FILE [LUTS]\n", stderr);
+  if (argc == 3 && std::strcmp(argv[1], "mix") == 0) {
+    return write_mixtures(argv[2]);
+  }
+  std::fputs("usage: make-panel panel FILE | gray FILE [LUTS] | mix FILE\n", stderr);
   return 2;
 }

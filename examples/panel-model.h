@@ -4,6 +4,7 @@
 #ifndef VEXO_EXAMPLES_PANEL_MODEL_H
 #define VEXO_EXAMPLES_PANEL_MODEL_H
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <random>
@@ -121,6 +122,32 @@ std::vector<GrayReading> measure_grays(const Panel &panel, int count, const Nois
     ramp.push_back(reading);
   }
   return ramp;
+}
+
+// A mixture of the channels that a probe has read.
+struct MixtureReading {
+  Color drive; // 0..1023
+  Color XYZ;
+};
+
+// Reads every combination of the levels 0, 341, 682 and 1023 in which two or three channels are driven, but no grays.
+inline std::vector<MixtureReading> measure_mixtures(const Panel &panel, const Noise &noise) {
+  std::vector<MixtureReading> mixtures;
+  Normal normal;
+  for (int i = 0; i < 64; i++) {
+    const std::array<int, 3> step = {i / 16, i / 4 % 4, i % 4};
+    const auto driven = 3 - std::count(step.begin(), step.end(), 0);
+    if (driven < 2 || (step[0] == step[1] && step[1] == step[2])) {
+      continue;
+    }
+    const Color part = {step[0] / 3.0, step[1] / 3.0, step[2] / 3.0};
+    MixtureReading reading = {{part[0] * 1023.0, part[1] * 1023.0, part[2] * 1023.0}, light(panel, part)};
+    for (size_t m = 0; m < 3; m++) {
+      reading.XYZ[m] = (reading.XYZ[m] + panel.black[m]) * (1.0 + noise.relative * normal()) + noise.read * normal();
+    }
+    mixtures.push_back(reading);
+  }
+  return mixtures;
 }
 
 // A desktop liquid-crystal panel: 300 cd/m2, contrast 1000:1, its white at x 0.310, y 0.319. Its channels add.

@@ -14,7 +14,7 @@
  * - Status results are 0 for success and -1 for failure.
  * - Different threads may use different LUTs.
  * - A stream belongs to the caller. It is read or written from its current position and is never closed. A reader reads
- *   nothing after its last entry. A reader that takes a path may read the whole file into memory.
+ *   nothing after its last entry.
  * - Writers do not check the stream: check ferror() and fclose(). They return counts; a count above INT_MAX is returned
  *   as INT_MAX.
  * - Numbers in text files have a decimal point in every locale.
@@ -181,9 +181,9 @@ int vexo_3dlut_dump_dat_12bit(vexo_3dlut *lut, FILE *f, int nbits);
 /**
  * Writes the old lattice. It leaves out the last plane of every axis: with N = size - 1 it has N^3 words. A code is the
  * value times 2^nbits, limited to 0 and 2^nbits - 2^(nbits - k) with k = floor(log2 N). A NaN gives 0. The scale and
- * the limit are printed on standard error. Only vexo_3dlut_dat_load_buf() reads this variant.
- * @return the number of items written. -1 with nothing written or printed for a size below 2 and for nbits outside 1 to
- * 10 or below k.
+ * the limit are printed on standard error. Only vexo_3dlut_dat_load_buf() reads this variant. A LUT of size 1 has no
+ * words and k = 0: only the header is written, and nothing reads it.
+ * @return the number of items written. -1 with nothing written or printed for nbits outside 1 to 10 or below k.
  */
 int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits);
 
@@ -203,16 +203,16 @@ vexo_3dlut *vexo_3dlut_eecolor_load_file(const char *path, int size);
  * main block of n^3 entries, then the last green plane and the last red plane. The blue indexes are 0 to n - 1 in the
  * first image and 1 to n in the second. A plane has 2n lines along its red or green index; words outside the table are
  * 0. A code is the value times 2^nbits, rounded to nearest, halves away from zero, limited to 0 and 2^nbits - 1. A NaN
- * gives 0.
- * @return 0, or -1 with nothing written for nbits outside 1 to 10.
+ * gives 0. With nbits 0 every word is 0.
+ * @return 0, or -1 with nothing written for nbits outside 0 to 10.
  */
 int vexo_3dlut_dump_coe(vexo_3dlut *lut, FILE *f, int nbits);
 
 /**
  * Lists all entries as codes. A code is the value times 2^nbits - 1, rounded to nearest, halves away from zero. It is
  * converted to an unsigned 32-bit number and printed as a signed number. It is limited to the range of that number and
- * not to the depth. Negative values and NaN give 0.
- * @return the number of characters written. -1 with nothing written for nbits outside 1 to 30.
+ * not to the depth. Negative values and NaN give 0. With nbits 0 every code is 0.
+ * @return the number of characters written. -1 with nothing written for nbits outside 0 to 30.
  */
 int vexo_3dlut_dump_debug(vexo_3dlut *lut, FILE *f, int nbits);
 

@@ -162,8 +162,8 @@ void vexo_cs_set_w(vexo_cs *cs, float x, float y);
 
 /**
  * Computes the normalised primary matrix m of the four chromaticities in cs. m may be cs->npm.
- * @return 0 on success. -1 with m unchanged when the white has y = 0. -1 with the primaries in the columns of m when
- * these lie on a line (see vexo_matrix_invert()).
+ * @return 0 on success. -1 with the primaries in the columns of m when these lie on a line (see vexo_matrix_invert()).
+ * Else -1 with m unchanged when the white has y = 0.
  */
 int vexo_cs_matrix(vexo_cs *cs, vexo_matrix *m);
 

@@ -9,7 +9,7 @@
  * - Two curves may be the same object. Two tables must be different objects with different storage.
  * - Status results are 0 for success and -1 for failure.
  * - A stream belongs to the caller. It is read or written from its current position and is never closed. Readers read
- *   line by line, as fgets() does, and read nothing ahead. Write errors are not detected: check ferror() and fclose().
+ *   line by line, as fgets() does. Write errors are not detected: check ferror() and fclose().
  * - Numbers in files have a decimal point in every locale.
  */
 #ifndef VEXO_GAMMA_H
@@ -87,7 +87,7 @@ void vexo_lut_by_linear_gamma(vexo_lut *lut);
 /** Sets entry i to the inverse curve at i / (size - 1). A table with fewer than 2 entries does not change. */
 void vexo_lut_inverse_gamma(vexo_gamma *gamma, vexo_lut *lut);
 
-/** Calls vexo_lut_init() and sets the power law x^g. @return as vexo_lut_init(). */
+/** Calls vexo_lut_init() and sets the power law x^g; a single entry at the input 0. @return as vexo_lut_init(). */
 int vexo_lut_init_with_gamma(vexo_lut *lut, int size, float g);
 
 /**
@@ -144,8 +144,9 @@ int vexo_data_normalize(float *data, int size);
 int vexo_lut_data_normalize(float *data, int size);
 
 /**
- * Prints the table as decimal numbers below the heading "PREFIX LUT(SIZE):". prefix may be null.
- * @return 0, or -1 with nothing printed for a table of one entry, which has no normalised input.
+ * Prints the table as decimal numbers below the heading "PREFIX LUT(SIZE):". prefix may be null. A single entry is
+ * printed at the input 0.
+ * @return always 0.
  */
 int vexo_lut_dump(FILE *f, vexo_lut *lut, char *prefix);
 

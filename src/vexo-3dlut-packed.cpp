@@ -1,5 +1,7 @@
 // Packed binary files of 3D LUTs: a header of 128 bytes, then a word of three codes per node, most significant byte
 // first. Codes are formed in single precision.
+#include <stdio_ext.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstddef>
@@ -225,8 +227,15 @@ vexo_3dlut *vexo_3dlut_dat_load_buf(uint8_t *buf, int len) {
 
 namespace {
 
-// Writes the words of nodes, with the effects of a call per word: one that the stream does not take is given up, and
-// the next is tried. Gives how many it took.
+// How many words of that size one call may write: as many as the stream's buffer takes without passing it on, which
+// never fails. A line-buffered stream passes on every line feed.
+size_t words_at_once(FILE *f, size_t bytes) {
+  const size_t space = __flbf(f) != 0 ? 0 : __fbufsize(f) - __fpending(f);
+  return std::max<size_t>(space / bytes, 1);
+}
+
+// Writes the words of nodes. The count is that of a call per word: a word that the stream does not take is given up,
+// and the next is tried.
 template <typename Word> size_t write_nodes(const vexo_vector *rgb, size_t count, Coding coding, FILE *f) {
   const size_t block = 512;
   size_t written = 0;
@@ -235,10 +244,9 @@ template <typename Word> size_t write_nodes(const vexo_vector *rgb, size_t count
     const size_t nodes = std::min(count - done, block);
     vexo_internal::pack(rgb + done, nodes, coding, word);
     to_big_endian(word, nodes);
-    for (size_t tried = 0; tried < nodes; tried++) {
-      const size_t taken = fwrite(word + tried, sizeof *word, nodes - tried, f);
-      written += taken;
-      tried += taken;
+    for (size_t i = 0, words = 0; i < nodes; i += words) {
+      words = std::min(words_at_once(f, sizeof *word), nodes - i);
+      written += fwrite(word + i, sizeof *word, words, f);
     }
   }
   return written;
@@ -278,7 +286,7 @@ int vexo_3dlut_dump_dat_12bit(vexo_3dlut *lut, FILE *f, int nbits) {
 
 int vexo_3dlut_dump_old_dat(vexo_3dlut *lut, FILE *f, int nbits) {
   const int points = lut->size - 1;
-  if (points < 1 || !packable(nbits) || nbits < floor_log2(points)) {
+  if (!packable(nbits) || nbits < floor_log2(points)) {
     return -1;
   }
   const int full = 1 << nbits;

@@ -304,7 +304,7 @@ void print_coe_image(vexo_3dlut *lut, FILE *f, int nbits, int first) {
 } // namespace
 
 int vexo_3dlut_dump_coe(vexo_3dlut *lut, FILE *f, int nbits) {
-  if (!vexo_internal::packable(nbits)) {
+  if (nbits != 0 && !vexo_internal::packable(nbits)) {
     return -1;
   }
   print_coe_image(lut, f, nbits, 0);
@@ -316,7 +316,7 @@ int vexo_3dlut_dump_coe(vexo_3dlut *lut, FILE *f, int nbits) {
 
 namespace {
 
-bool listable(int nbits) { return nbits >= 1 && nbits <= 30; }
+bool listable(int nbits) { return nbits >= 0 && nbits <= 30; }
 
 // The code as "%d" shows an unsigned one. Nothing limits it to the depth.
 int listed_code(float value, int nbits) {

@@ -48,17 +48,20 @@ void vexo_cs_set_b(vexo_cs *cs, float x, float y) { cs->b = chromaticity(x, y); 
 void vexo_cs_set_w(vexo_cs *cs, float x, float y) { cs->w = chromaticity(x, y); }
 
 int vexo_cs_matrix(vexo_cs *cs, vexo_matrix *m) {
+  vexo_matrix primaries;
+  vexo_matrix_set_column(&primaries, &cs->r, 0);
+  vexo_matrix_set_column(&primaries, &cs->g, 1);
+  vexo_matrix_set_column(&primaries, &cs->b, 2);
+  vexo_matrix c;
+  if (vexo_matrix_invert(&c, &primaries) != 0) {
+    *m = primaries;
+    return -1;
+  }
   const auto &w = cs->w.d;
   if (w[1] == 0.0F) {
     return -1;
   }
-  vexo_matrix_set_column(m, &cs->r, 0);
-  vexo_matrix_set_column(m, &cs->g, 1);
-  vexo_matrix_set_column(m, &cs->b, 2);
-  vexo_matrix c;
-  if (vexo_matrix_invert(&c, m) != 0) {
-    return -1;
-  }
+  *m = primaries;
   // The amounts of the primaries that make up the white at Y = 1 scale the columns.
   vexo_vector amounts = {{w[0] / w[1], w[1] / w[1], w[2] / w[1]}};
   vexo_matrix_transform(&c, &amounts);

@@ -1,4 +1,5 @@
 // Text files of 1D LUTs: the integer writer and the listings, the two three-channel readers and the column reader.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -39,17 +40,15 @@ char *put_codes(char *text, const vexo_lut *lut, int i, float max_value, int wid
 } // namespace
 
 int vexo_lut_dump(FILE *f, vexo_lut *lut, char *prefix) {
-  if (lut->size == 1) {
-    return -1;
-  }
   const NumberLocale locale;
   if (prefix != nullptr) {
     fprintf(f, "%s LUT(%d):\n", prefix, lut->size);
   } else {
     fprintf(f, "LUT(%d):\n", lut->size);
   }
+  const double last = std::max(static_cast<double>(lut->size) - 1.0, 1.0); // a single entry is at input 0
   for (int i = 0; i < lut->size; i++) {
-    const double input = static_cast<double>(static_cast<float>(i)) / (static_cast<double>(lut->size) - 1.0);
+    const double input = static_cast<double>(static_cast<float>(i)) / last;
     fprintf(f, "\t[%4d(%8lf)] - %.10lf\n", i, input, static_cast<double>(lut->d[i]));
   }
   return 0;

@@ -171,6 +171,9 @@ int vexo_lut_init_with_gamma(vexo_lut *lut, int size, float g) {
   }
   vexo_gamma gamma;
   vexo_gamma_init(&gamma, g);
+  if (size == 1) {
+    lut->d[0] = vexo_gamma_evaluate(&gamma, 0.0F);
+  }
   vexo_lut_by_gamma(&gamma, lut);
   return 0;
 }

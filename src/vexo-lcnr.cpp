@@ -22,7 +22,7 @@ using vexo_internal::rows_of;
 
 namespace {
 
-const size_t kBuffer = 1024; // bytes of a line buffer, terminator included
+const int kBuffer = 1024; // bytes of a line buffer, terminator included
 
 // The ten fields of row i in file order: level, then X, Y, Z of red, green, blue.
 struct Row {
@@ -115,10 +115,15 @@ void data_handler(void *data, const XML_Char *s, int len) {
   lcnr->num++;
 }
 
-// Reads as fgets does, NUL bytes included. Gives the length.
-size_t read_line(FILE *f, char (&line)[kBuffer]) {
-  size_t length = 0;
-  for (int c = 0; length < kBuffer - 1 && c != '\n' && (c = getc_unlocked(f)) != EOF;) {
+// Reads as fgets does, NUL bytes included. Gives the length, or -1 where this read fails: an error that the stream has
+// met before does not count.
+int read_line(FILE *f, char (&line)[kBuffer]) {
+  int length = 0;
+  for (int c = 0; length < kBuffer - 1 && c != '\n';) {
+    c = getc_unlocked(f);
+    if (c == EOF) {
+      return feof(f) != 0 ? length : -1;
+    }
     line[length++] = static_cast<char>(c);
   }
   return length;
@@ -132,12 +137,12 @@ int refuse(const Collector *collector, const char *why, long line = 0) {
 int parse(FILE *f, const LoadState &state) {
   for (bool done = false; !done;) {
     char line[kBuffer];
-    const size_t length = read_line(f, line);
-    done = feof(f) != 0;
-    if (ferror(f) != 0) {
+    const int length = read_line(f, line);
+    if (length < 0) {
       return refuse(state.collector, "Read error");
     }
-    if (XML_Parse(state.parser, line, static_cast<int>(length), done ? 1 : 0) != XML_STATUS_OK) {
+    done = feof(f) != 0;
+    if (XML_Parse(state.parser, line, length, done ? 1 : 0) != XML_STATUS_OK) {
       return refuse(state.collector, XML_ErrorString(XML_GetErrorCode(state.parser)),
                     static_cast<long>(XML_GetCurrentLineNumber(state.parser)));
     }

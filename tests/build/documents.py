@@ -20,7 +20,8 @@ update = "--update" in sys.argv
 arguments = [a for a in sys.argv[1:] if a != "--update"]
 source, tool, library = (pathlib.Path(a).resolve() for a in arguments[:3])
 SAMPLES = {"sample-panel.xml": "panel.xml", "sample-bare.csv": "bare.csv", "sample-measured.csv": "measured.csv",
-           "sample-verified.csv": "verified.csv"}
+           "sample-verified.csv": "verified.csv",
+           "sample-mix.csv": "mix.csv"}
 CONTINUOUS_INTEGRATION = {"scripts/test": ".ci/run", "scripts/demo": "scripts/test"}  # what runs them
 # A command is a line, or more to the END of a here-document. What it prints ends before a command or a comment.
 COMMAND = re.compile(r"^\$ (.*<<'?END\b.*\n(?:.*\n)*?END|.*)\n((?:(?!\$ |\n*# ).*\n)*)", re.MULTILINE)
@@ -76,7 +77,8 @@ def check_document(document, scratch):
 def check_transcript(transcript, scratch):
     def again(shown):
         done = run(f"{os.environ.get('VEXO_LIMITS', '')}\n{shown[1]}", scratch)
-        out = done.stdout + ("" if done.stdout.endswith("\n") or not done.stdout else "\n[no end of line]\n")
+        out = re.sub("\n+$", "\n", done.stdout)
+        out += "" if out.endswith("\n") or not out else "\n[no end of line]\n"
         errors = "".join(f"! {line}\n" for line in done.stderr.splitlines())
         return f"$ {shown[1]}\n{out}{errors}" + (f"[exit {done.returncode}]\n" if done.returncode else "")
 

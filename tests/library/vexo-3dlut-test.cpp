@@ -295,6 +295,7 @@ TEST(Lut3dFiles, EveryByteWritten) {
        header_bytes(kLattice, "0123456789abcdef", 10, 2) +
            bytes_of({0x00000200, 0x00000100, 0x00020000, 0x00020100, 0x04000000, 0x04000100, 0x04020000, 0x04020100}),
        "mask = 1024, max = 512\n"},
+      {point, with(vexo_3dlut_dump_old_dat, 10), 1, header_bytes(kLattice, "", 10, 0), "mask = 1024, max = 0\n"},
       {lut, with(vexo_3dlut_dump_coe, 10), 0,
        image + "100ffc00,\n120e0100,\n130d0180,\n110f0080,\n130d0180,\n" + image +
            "140c0200,\n160a0300,\n17090380,\n150b0280,\n17090380,\n",
@@ -304,6 +305,9 @@ TEST(Lut3dFiles, EveryByteWritten) {
            coe_image("090a0c0d121315160f181019111a00000b140e17111a0000"),
        ""},
       {point, with(vexo_3dlut_dump_coe, 10), 0, image + image, ""},
+      {lut, with(vexo_3dlut_dump_coe, 0), 0, coe_image("0000000000") + coe_image("0000000000"), ""},
+      {lut, with(vexo_3dlut_dump_1dlut_debug, 0), characters,
+       "SIZE: 2\nBITS: 0\n    0,    0,    0\t[   0]\n    0,    0,    0\t[   1]\n", ""},
       {lut, with(vexo_3dlut_dump_debug, 10), characters,
        list + "\n  red,green, blue\t[  bi][  gi][  ri]\n"
               "    0, 1023,  256\t[   0][   0][   0]\n  128,  959,  272\t[   0][   0][   1]\n"
@@ -347,12 +351,11 @@ TEST(Lut3dFiles, DepthsAndSizesThatDoNotFitWriteNothing) {
   } cases[] = {{vexo_3dlut_dump_dat, 2, {INT_MIN, 0, 11, INT_MAX}},
                {vexo_3dlut_dump_old_dat, 2, {INT_MIN, 0, 11}},
                {vexo_3dlut_dump_old_dat, 17, {3}},
-               {vexo_3dlut_dump_old_dat, 1, {10}},
                {vexo_3dlut_dump_dat_12bit, 33, {10, 13}},
                {vexo_3dlut_dump_dat_12bit, 17, {12}},
-               {vexo_3dlut_dump_coe, 2, {INT_MIN, 0, 11, INT_MAX}},
-               {vexo_3dlut_dump_debug, 2, {INT_MIN, 0, 31}},
-               {vexo_3dlut_dump_1dlut_debug, 2, {INT_MIN, 0, 31}}};
+               {vexo_3dlut_dump_coe, 2, {INT_MIN, -1, 11, INT_MAX}},
+               {vexo_3dlut_dump_debug, 2, {INT_MIN, -1, 31}},
+               {vexo_3dlut_dump_1dlut_debug, 2, {INT_MIN, -1, 31}}};
   for (const auto &c : cases) {
     const Lut lut(vexo_3dlut_create(c.size, nullptr));
     for (const int depth : c.depths) {

@@ -70,6 +70,8 @@ TEST(ColorSpace, SettersLeaveTheMatrix) {
 TEST(ColorSpace, NoMatrixWithoutGamutOrWhite) {
   EXPECT_EQ(bits_of(space_of(kCollinear, -1).npm), bits_of(kCollinearColumns));
   EXPECT_EQ(bits_of(space_of(kNoWhite, -1).npm), bits_of(M{}));
+  float neither[4][2] = {{0.25F, 0.25F}, {0.5F, 0.25F}, {0.75F, 0.25F}, {0.5F, 0.0F}};
+  EXPECT_EQ(bits_of(space_of(neither, -1).npm), bits_of(kCollinearColumns));
 }
 
 TEST(ColorSpace, MeasuredPatchesLoseTheirBlack) {

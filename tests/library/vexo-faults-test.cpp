@@ -310,7 +310,8 @@ TEST(Faults, WritesThatFailInTheMiddle) {
 // A line that the stream does not take counts -1, however the stream is buffered, and the next is tried.
 TEST(Faults, CountsAreThoseOfOneCallPerLine) {
   const Lut lut = table(4, "t", [](int bi, int gi, int ri) {
-    return vexo_vector{{static_cast<float>(ri) * 1e6F, static_cast<float>(-gi) / 3.0F, static_cast<float>(bi) / 3.0F}};
+    const float red = bi == ri ? 10.0F / 1023.0F : static_cast<float>(ri) * 1e6F;
+    return vexo_vector{{red, static_cast<float>(-gi) / 3.0F, static_cast<float>(bi) / 3.0F}};
   });
   const vexo_vector *first = vexo_3dlut_item(lut.get(), 0, 0, 0);
   const plain::Entries entries(first, first + 64);
@@ -331,6 +332,16 @@ TEST(Faults, CountsAreThoseOfOneCallPerLine) {
                   sum += fprintf(f, "LUT_3D_SIZE 4\n");
                   sum += fprintf(f, "\n");
                   return sum + plain::print_entries(f, entries);
+                }))
+          << limit;
+      // The code 10 is a line feed in a word.
+      EXPECT_EQ(written([&](FILE *f) { return vexo_3dlut_dump_dat(lut.get(), f, 10); }), written([&](FILE *f) {
+                  const std::string dat = printed([&](FILE *g) { vexo_3dlut_dump_dat(lut.get(), g, 10); });
+                  size_t count = fwrite(dat.data(), 128, 1, f);
+                  for (size_t i = 128; i < dat.size(); i += 4) {
+                    count += fwrite(dat.data() + i, 4, 1, f);
+                  }
+                  return static_cast<long long>(count);
                 }))
           << limit;
     }

@@ -11,7 +11,6 @@
 #include <iterator>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "text.h"
 
@@ -23,6 +22,8 @@ inline std::string contents(const std::string &path) {
 }
 
 inline void save(const std::string &path, const std::string &text) { std::ofstream(path, std::ios::binary) << text; }
+
+inline bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
 
 struct Result {
   int code;
@@ -44,6 +45,13 @@ protected:
     return Result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(path("out")), contents(path("err"))};
   }
 
+  // Runs what has to succeed.
+  std::string out(const std::string &arguments) const {
+    const Result r = run(arguments);
+    EXPECT_EQ(r.code, 0) << arguments << "\n" << r.err;
+    return r.out;
+  }
+
   // How many files a test and its runs left in the folder.
   long files() const {
     const std::filesystem::directory_iterator entries(path(""));
@@ -53,17 +61,5 @@ protected:
 private:
   const TemporaryFolder folder_;
 };
-
-// The rows of codes of a three-channel integer LUT file.
-inline std::vector<std::vector<int>> codes(const std::string &luts) {
-  std::vector<std::vector<int>> rows;
-  std::istringstream in(luts.substr(luts.find('\n', luts.find("LUT_1D_BITS")) + 1));
-  for (std::vector<int> row(3); in >> row[0] >> row[1] >> row[2];) {
-    rows.push_back(row);
-  }
-  return rows;
-}
-
-inline bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
 
 #endif

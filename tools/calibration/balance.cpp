@@ -10,6 +10,7 @@ namespace {
 const int kMostSteps = 100;
 const double kShortestStep = 1e-3; // of a Newton step that gets no nearer
 const double kSolved = 1e-10;      // error of X, Y, Z as a fraction of the target; of a gray level
+const double kLeastRest = 0.1;     // of a target, what mixtures leave to the rest of the model
 
 // The largest component of what lights are short of a target, as a fraction of the target.
 double error(const PanelByLight &panel, const Triple &s, const Triple &target) {
@@ -46,6 +47,46 @@ struct Assumed {
   double level;
   double excess; // of their level over the assumed one
 };
+
+// The residual of measured grays depends on the gray level alone.
+//   Searched: the level that is assumed for the residual and that the lights then have.
+//   Order: a bracket around the level of s, widened until the excess changes its sign; then regula falsi, in which an
+//   end that stays counts half (Illinois).
+//   End: the excess is rounding.
+//   Result: the lights of that level.
+Triple balance_unmixed(const PanelByLight &panel, Triple s, const Triple &target) {
+  if (!panel.model().knows_grays()) {
+    return balance_sum(panel, s, target);
+  }
+  const auto assume = [&](double level) {
+    s = balance_sum(panel, s, panel.model().additive_part(target, level));
+    return Assumed{level, panel.level(s) - level};
+  };
+  const double start = panel.level(s);
+  Assumed low = assume(0.99 * start);
+  Assumed high = assume(1.01 * start);
+  for (int i = 0; i < kMostSteps && low.excess < 0.0; i++) {
+    high = low;
+    low = assume(0.9 * low.level);
+  }
+  for (int i = 0; i < kMostSteps && high.excess > 0.0; i++) {
+    low = high;
+    high = assume(1.1 * high.level);
+  }
+  Assumed here = low;
+  for (int i = 0; i < kMostSteps && std::fabs(here.excess) > kSolved; i++) {
+    const bool was_low = here.excess > 0.0;
+    here = assume((low.level * high.excess - high.level * low.excess) / (high.excess - low.excess));
+    if (here.excess > 0.0) {
+      low = here;
+      high.excess *= was_low ? 0.5 : 1.0;
+    } else {
+      high = here;
+      low.excess *= was_low ? 1.0 : 0.5;
+    }
+  }
+  return s;
+}
 
 } // namespace
 
@@ -115,41 +156,15 @@ Triple PanelByLight::chord(Eigen::Index c, double s) const {
   return alone(c, shown) / shown;
 }
 
-// The residual of measured grays depends on the gray level alone.
-//   Searched: the level that is assumed for the residual and that the lights then have.
-//   Order: a bracket around the level of s, widened until the excess changes its sign; then regula falsi, in which an
-//   end that stays counts half (Illinois).
-//   End: the excess is rounding.
-//   Result: the lights of that level.
+// What mixtures add changes little from one solution to the next.
 Triple balance(const PanelByLight &panel, Triple s, const Triple &target) {
-  if (!panel.model().knows_grays()) {
-    return balance_sum(panel, s, target);
-  }
-  const auto assume = [&](double level) {
-    s = balance_sum(panel, s, panel.model().additive_part(target, level));
-    return Assumed{level, panel.level(s) - level};
-  };
-  const double start = panel.level(s);
-  Assumed low = assume(0.99 * start);
-  Assumed high = assume(1.01 * start);
-  for (int i = 0; i < kMostSteps && low.excess < 0.0; i++) {
-    high = low;
-    low = assume(0.9 * low.level);
-  }
-  for (int i = 0; i < kMostSteps && high.excess > 0.0; i++) {
-    low = high;
-    high = assume(1.1 * high.level);
-  }
-  Assumed here = low;
-  for (int i = 0; i < kMostSteps && std::fabs(here.excess) > kSolved; i++) {
-    const bool was_low = here.excess > 0.0;
-    here = assume((low.level * high.excess - high.level * low.excess) / (high.excess - low.excess));
-    if (here.excess > 0.0) {
-      low = here;
-      high.excess *= was_low ? 0.5 : 1.0;
-    } else {
-      high = here;
-      low.excess *= was_low ? 1.0 : 0.5;
+  Triple before = Triple::Zero();
+  for (int i = 0; i < kMostSteps && (s - before).cwiseAbs().maxCoeff() > kSolved * s.maxCoeff(); i++) {
+    const Triple rest = (target - panel.model().mixed(panel.drives(s))).cwiseMax(kLeastRest * target);
+    before = s;
+    s = balance_unmixed(panel, s, rest);
+    if (panel.model().mixtures() == nullptr) {
+      break;
     }
   }
   return s;

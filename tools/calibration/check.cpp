@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "calibration/condition.h"
+#include "calibration/evidence.h"
 #include "calibration/figures.h"
-#include "calibration/gray-ramp.h"
 #include "calibration/panel-model.h"
 #include "calibration/recipe.h"
 #include "file/input.h"
@@ -168,7 +168,7 @@ Additivity additivity(const GrayRamp &ramp, const PanelModel &model) {
   return result;
 }
 
-Check check(const Panel &panel, const std::string &gray) {
+Check check(const Panel &panel, const std::string &gray, const std::string &mix) {
   const vexo_lcnr &lcnr = panel.lcnr;
   const int top = top_row(lcnr);
   const Panel conditioned = condition(panel).panel;
@@ -179,11 +179,17 @@ Check check(const Panel &panel, const std::string &gray) {
   c.obstacle = obstacle(recipe_named("solve"), conditioned);
   c.recipes = {
       {{"aligned", obstacle(recipe_named("aligned"), panel)}, {"direct", obstacle(recipe_named("direct"), panel)}}};
-  const auto model = PanelModel::of(conditioned.lcnr);
-  if (!gray.empty() && model) {
-    c.gray = additivity(read_gray_ramp(gray, panel), *model);
-    if (c.gray->levels == 0) {
-      refuse_input(input_name(gray), "no gray above black from " + judged_from() + " of full drive up");
+  if (auto model = PanelModel::of(conditioned.lcnr)) {
+    const MoreReadings more = read_more(gray, mix, panel);
+    if (more.grays) {
+      c.gray = additivity(*more.grays, *model);
+      if (c.gray->levels == 0) {
+        refuse_input(input_name(more.grays->path), "no gray above black from " + judged_from() + " of full drive up");
+      }
+    }
+    if (more.mixtures) {
+      learn(&*model, evidence_of(more, *model, noise_floor(lcnr)));
+      c.mixtures = cross_validate(*more.mixtures, *model);
     }
   }
   c.black = black_of(lcnr);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "calibration/gray-ramp.h"
+#include "calibration/mixture-readings.h"
 #include "file/panel.h"
 
 // Something suspicious in a row.
@@ -41,13 +42,14 @@ struct Additivity {
 
 Additivity additivity(const GrayRamp &ramp, const PanelModel &model);
 
-// All from readings but for the additivity.
+// All from readings but for the additivity and the mixtures.
 struct Check {
   Panel panel;
   std::vector<Finding> findings;
   std::string obstacle;               // to calibrate as it is by default, conditioning included; empty: none
   std::array<RecipeCheck, 2> recipes; // to the library's recipes on the rows as they are
   std::optional<Additivity> gray;
+  std::optional<CrossValidation> mixtures;
   Triple black;           // X, Y, Z: mean of the readings
   vexo_vector white;      // xyY above black of the three channels at full drive
   vexo_vector primary[3]; // xyY above black at full drive
@@ -55,7 +57,7 @@ struct Check {
   double contrast;        // white with the black in it over black; infinite where black reads no light
 };
 
-// gray: CSV file of a gray ramp; empty for none. Throws a Failure (input).
-Check check(const Panel &panel, const std::string &gray);
+// gray: file of a gray ramp, mix: file of mixtures; empty for none. Throws a Failure (input).
+Check check(const Panel &panel, const std::string &gray, const std::string &mix);
 
 #endif

@@ -8,6 +8,10 @@
 
 namespace {
 
+// Variances of a reading among mixtures, and of the lights that the model shows exactly, in the unit of the kernel.
+const double kMixtureNoise = 0.005;
+const double kExactNoise = kMixtureNoise / 10.0;
+
 // XYZ of a channel at a table level. A level without chromaticity shows no light, as in the library.
 Triple table_XYZ(const vexo &context, size_t c, size_t level) {
   const auto &table = context.data[c];
@@ -51,6 +55,7 @@ PanelModel::PanelModel(const vexo &context)
     for (size_t level = 0; level <= kTopLevel; level++) {
       channels_[c].push_back(table_XYZ(context, c, level));
     }
+    full_[static_cast<Eigen::Index>(c)] = channels_[c].back().sum();
   }
 }
 
@@ -67,15 +72,19 @@ void PanelModel::learn_grays(const std::vector<MeasuredLight> &lights) {
   residuals_.push_back(std::move(learnt));
 }
 
-Triple PanelModel::additive(const Triple &drives) const {
-  Triple sum = Triple::Zero();
+// Each channel alone, a column each.
+Eigen::Matrix3d PanelModel::alone(const Triple &drives) const {
+  Eigen::Matrix3d lights;
   for (size_t c = 0; c < 3; c++) {
-    const Line line = line_at(drives[static_cast<Eigen::Index>(c)]);
+    const auto column = static_cast<Eigen::Index>(c);
+    const Line line = line_at(drives[column]);
     const Triple &low = channels_[c][line.upper - 1];
-    sum += low + (channels_[c][line.upper] - low) * line.position;
+    lights.col(column) = low + (channels_[c][line.upper] - low) * line.position;
   }
-  return sum;
+  return lights;
 }
+
+Triple PanelModel::additive(const Triple &drives) const { return alone(drives).rowwise().sum(); }
 
 Eigen::Matrix3d PanelModel::additive_slopes(const Triple &drives) const {
   Eigen::Matrix3d slopes;
@@ -107,9 +116,50 @@ Triple PanelModel::relative_residual(double gray_level) const {
   return (root.array() > 0.0).select(residual(t).cwiseQuotient(root), 0.0);
 }
 
-Triple PanelModel::XYZ(const Triple &drives) const {
+Triple PanelModel::unmixed(const Triple &drives) const {
   const Triple sum = additive(drives);
   return knows_grays() ? Triple(sum + relative_residual(gray_level(drives)).cwiseProduct(roots(sum))) : sum;
+}
+
+Triple PanelModel::XYZ(const Triple &drives) const { return unmixed(drives) + mixed(drives); }
+
+// The point of the drives among the mixtures: the cube root of each channel's light, X + Y + Z.
+Triple PanelModel::place(const Triple &drives) const {
+  const Triple part = alone(drives).colwise().sum().transpose().cwiseQuotient(full_);
+  return part.unaryExpr([](double light) { return std::cbrt(light); });
+}
+
+Triple PanelModel::mixture_scale(const Triple &drives) const {
+  const Triple white = additive({1.0, 1.0, 1.0});
+  return white * std::cbrt(std::max(additive(drives)[1], 0.0) / white[1]);
+}
+
+Triple PanelModel::mixed(const Triple &drives) const {
+  if (mixtures_ == nullptr) {
+    return Triple::Zero();
+  }
+  return mixtures_->at(place(drives)).cwiseProduct(mixture_scale(drives));
+}
+
+std::shared_ptr<const Mixtures> PanelModel::solve_mixtures(const std::vector<MeasuredLight> &lights) const {
+  std::vector<MixtureSample> samples;
+  for (const MeasuredLight &light : lights) {
+    const Triple missing = light.XYZ - XYZ(light.drives);
+    samples.push_back({place(light.drives), missing.cwiseQuotient(mixture_scale(light.drives)), kMixtureNoise});
+  }
+  const auto exact = [&](const Triple &drives) { samples.push_back({place(drives), Triple::Zero(), kExactNoise}); };
+  for (int row = 1; row < measurements_.num; row++) {
+    const double level = double{measurements_.sample[row]} / measurements_.sample[measurements_.num - 1];
+    for (Eigen::Index c = 0; c < 3; c++) {
+      exact(level * Triple::Unit(c));
+    }
+  }
+  for (const Residual &residual : residuals_) {
+    for (size_t i = 1; i < residual.levels.size(); i++) {
+      exact(Triple::Constant(residual.levels[i]));
+    }
+  }
+  return std::make_shared<const Mixtures>(samples);
 }
 
 // With q = sqrt(S) the formula is q^2 + k q = XYZ.

@@ -10,6 +10,12 @@
 // that stays and one in proportion to the light. Where a channel is dark it vanishes. D is linear between measured
 // levels and 0 at 0.
 //
+// Measured mixtures of the channels tell what is left. With the white W, the sum of the full channels, the model adds
+//
+//   r W cbrt(S(d)_Y / W_Y)
+//
+// where r is interpolated between the mixtures (mixtures.h). The cube root makes r of one size for dark and bright.
+//
 // All light is above black, in the probe's unit. Everything is double precision but the tables.
 #ifndef VEXO_TOOLS_PANEL_MODEL_H
 #define VEXO_TOOLS_PANEL_MODEL_H
@@ -19,6 +25,7 @@
 #include <optional>
 #include <vector>
 
+#include "calibration/mixtures.h"
 #include "calibration/triple.h"
 #include "vexo.h"
 
@@ -26,6 +33,12 @@
 struct MeasuredLight {
   Triple drives;
   Triple XYZ; // above black
+};
+
+// What was measured of a panel beside its channels.
+struct Evidence {
+  std::vector<std::vector<MeasuredLight>> grays; // in the order in which the model learns them
+  std::shared_ptr<const Mixtures> mixtures;      // null for none
 };
 
 // The gray level of three drives: their geometric mean.
@@ -42,19 +55,36 @@ public:
   // model has learnt from other grays stays, and these correct it.
   void learn_grays(const std::vector<MeasuredLight> &lights);
 
+  // What the mixtures tell beyond this model of channels and grays.
+  std::shared_ptr<const Mixtures> solve_mixtures(const std::vector<MeasuredLight> &lights) const;
+
+  // Makes the model show them. They correct what it knew when they were solved: grays that it learns afterwards come on
+  // top.
+  void learn_mixtures(std::shared_ptr<const Mixtures> mixtures) { mixtures_ = std::move(mixtures); }
+
   // The light of drives of 0..1. Outside, the lines at that end go on.
   Triple XYZ(const Triple &drives) const;
 
   // S, the sum of the channels.
   Triple additive(const Triple &drives) const;
 
+  // The light without what mixtures add.
+  Triple unmixed(const Triple &drives) const;
+
   // The change of S with the drive of each channel, a column each. At a table level it is that of the line below.
   Eigen::Matrix3d additive_slopes(const Triple &drives) const;
 
-  // The S that shows XYZ at a gray level: the inverse of the formula above.
+  // What the mixtures add at the drives.
+  Triple mixed(const Triple &drives) const;
+
+  // The light that a residual r of 1 stands for.
+  Triple mixture_scale(const Triple &drives) const;
+
+  // The S that shows XYZ, without what mixtures add, at a gray level: the inverse of the formula above.
   Triple additive_part(const Triple &XYZ, double gray_level) const;
 
   bool knows_grays() const { return !residuals_.empty(); }
+  const Mixtures *mixtures() const { return mixtures_.get(); } // null for none
 
   // The lowest gray level above black at which anything was measured.
   double lowest_level() const { return lowest_level_; }
@@ -69,13 +99,17 @@ private:
   };
 
   explicit PanelModel(const vexo &context);
+  Eigen::Matrix3d alone(const Triple &drives) const;
+  Triple place(const Triple &drives) const;
   Triple residual(double gray_level) const;
   Triple relative_residual(double gray_level) const;
 
   vexo_lcnr measurements_;
   double lowest_level_;
   std::array<std::vector<Triple>, 3> channels_; // XYZ of each channel alone at each table level
+  Triple full_;                                 // X + Y + Z of each at full drive
   std::vector<Residual> residuals_;             // their sum is D
+  std::shared_ptr<const Mixtures> mixtures_;    // null where none were measured
 };
 
 // The light of the panel with all drives at 0: the mean of the three readings, as X, Y, Z.

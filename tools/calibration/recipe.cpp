@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "calibration/condition.h"
+#include "calibration/evidence.h"
 #include "calibration/figures.h"
 #include "calibration/solve.h"
 #include "text/channels.h"
@@ -59,7 +60,7 @@ bool aligned(LutSet &luts, RecipeTask &task) { return run_library(vexo_data_alig
 bool direct(LutSet &luts, RecipeTask &task) { return run_library(vexo_generate_lut, luts, task); }
 
 bool solved(LutSet &luts, RecipeTask &task) {
-  const auto model = model_of(task.measurements, *task.grays);
+  const auto model = model_of(task.measurements, *task.evidence);
   if (!model) {
     return false;
   }
@@ -134,11 +135,11 @@ bool run_recipe(const RecipeJob &job, LutSet &luts, RecipeTask &task) {
 }
 
 Correction run(const Panel &panel, const RecipeJob &job) {
-  RecipeTask task = {panel.lcnr, job.target, &job.grays, 0, {}};
+  RecipeTask task = {panel.lcnr, job.target, &job.evidence, 0, {}};
   LutSet luts(kLevels);
   say(std::string("runs the recipe ") + job.recipe->name);
   const bool done = run_recipe(job, luts, task);
-  auto model = model_of(task.measurements, job.grays);
+  auto model = model_of(task.measurements, job.evidence);
   if (!done || !model) {
     throw Failure(kInputError, unusable_row(Panel{panel.path, task.measurements, panel.lines}));
   }
@@ -164,7 +165,7 @@ bool is_white(const GrayFigure &shown, const White &target) {
 // channel alone is clipped.
 bool solve_shows_white(RecipeJob job, const PanelModel &model) {
   job.recipe = &recipe_named("solve");
-  RecipeTask task = {model.measurements(), job.target, &job.grays, 0, {}};
+  RecipeTask task = {model.measurements(), job.target, &job.evidence, 0, {}};
   LutSet luts(kLevels);
   return run_recipe(job, luts, task) && is_white(white_through(luts, model, job.target), job.target.white);
 }
@@ -216,10 +217,10 @@ const Recipe &recipe_named(const std::string &name) {
   return *std::find_if(std::begin(kRecipes), std::end(kRecipes), [&](const Recipe &r) { return name == r.name; });
 }
 
-std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const MeasuredGrays &grays) {
+std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const Evidence &evidence) {
   auto model = PanelModel::of(measurements);
-  for (size_t i = 0; model && i < grays.size(); i++) {
-    model->learn_grays(grays[i]);
+  if (model) {
+    learn(&*model, evidence);
   }
   return model;
 }
@@ -232,7 +233,7 @@ Correction correct(const Panel &panel, const RecipeJob &job) {
 }
 
 std::string obstacle(const Recipe &recipe, const Panel &panel) {
-  const MeasuredGrays none;
+  const Evidence none;
   const Target any = {kD65, power_law(2.2F), std::nullopt};
   RecipeTask task = {panel.lcnr, any, &none, panel.lcnr.num - 1, {}};
   if (recipe.run == aligned) {

@@ -11,14 +11,11 @@
 #include "file/luts.h"
 #include "file/panel.h"
 
-// Lights near gray that were measured, in the order in which the model learns them.
-using MeasuredGrays = std::vector<std::vector<MeasuredLight>>;
-
 // What a recipe works on.
 struct RecipeTask {
   vexo_lcnr measurements; // a recipe may lower values that fall
   Target target;
-  const MeasuredGrays *grays;
+  const Evidence *evidence;
   int full_row;                     // no drive is above the level of this row
   std::vector<std::string> remarks; // what the recipe says about its work
 };
@@ -38,7 +35,7 @@ struct RecipeJob {
   bool below_clip; // use no drive above the lowest that gives full light
   int entries;
   int bits;
-  MeasuredGrays grays;
+  Evidence evidence;
 };
 
 // What comes of a recipe.
@@ -51,8 +48,8 @@ struct Correction {
   std::vector<std::string> warnings;
 };
 
-// The model of measurements that has learnt the grays. None when the library makes no tables of the measurements.
-std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const MeasuredGrays &grays);
+// The model of measurements that has learnt the evidence. None when the library makes no tables of the measurements.
+std::optional<PanelModel> model_of(const vexo_lcnr &measurements, const Evidence &evidence);
 
 // Runs the recipe. Throws a Failure: input where the measurements make no LUTs, limit where the LUTs do not show the
 // target white.

@@ -47,7 +47,7 @@ void run(const Options &options, const std::string &command_line) {
                          options.panel.conditions(),
                          options.entries,
                          options.bits,
-                         input.grays};
+                         input.evidence};
   Correction correction = correct(input.panel, job);
   compare_with_solve(input, job, correction);
   deliver({&input, &job, &correction, options.output, options.target, options.report, "", command_line});

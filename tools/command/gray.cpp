@@ -35,7 +35,7 @@ void print_table(const std::vector<GrayFigure> &grays) {
 }
 
 void run(const Options &options) {
-  require_apart({options.panel.panel, options.panel.gray, options.luts}, {});
+  require_apart({options.panel.panel, options.panel.gray, options.panel.mix, options.luts}, {});
   const PanelInput input = read_panel_input(options.panel);
   LutSet luts = options.luts.empty() ? identity_luts(1024) : read_luts(options.luts);
   const PanelModel model = model_of(input);

@@ -13,6 +13,7 @@ namespace {
 struct Options {
   std::string panel;
   std::string gray;
+  std::string mix;
   std::string condition;
   bool json = false;
 };
@@ -21,15 +22,15 @@ void run(const Options &options) {
   if (options.panel.empty()) {
     throw Failure(kUsageError, "PANEL.xml is required");
   }
-  require_apart({options.panel, options.gray}, {options.condition, options.json ? "-" : ""});
-  const Check c = check(read_panel(options.panel), options.gray);
+  require_apart({options.panel, options.gray, options.mix}, {options.condition, options.json ? "-" : ""});
+  const Check c = check(read_panel(options.panel), options.gray, options.mix);
   if (options.json) {
     print_json(json_check(c));
   } else if (options.condition != "-") {
     print_check(c);
   }
   if (!options.condition.empty()) {
-    write_panel(options.condition, read_panel_input({options.panel, "", "on"}).panel.lcnr);
+    write_panel(options.condition, read_panel_input({options.panel, "", "", "on"}).panel.lcnr);
     return;
   }
   if (!c.obstacle.empty()) {
@@ -46,6 +47,9 @@ void add_measure(CLI::App &app) {
   CLI::Option *gray = command->add_option("--gray", options->gray,
                                           "CSV file of the measured gray ramp, level,X,Y,Z: says how far the "
                                           "channels add");
+  CLI::Option *mix = command->add_option("--mix", options->mix,
+                                         "CSV file of measured mixtures, r,g,b,X,Y,Z, or a .ti3 file: says how well "
+                                         "the panel model foretells mixtures it has not seen");
   CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
   CLI::Option *conditioned = command->add_option("--condition", options->condition,
                                                  "LCNR file to write: the measurements as vexo calibrate conditions "
@@ -56,7 +60,7 @@ void add_measure(CLI::App &app) {
       "invalid; 4 output failed.");
   add_import(*command);
   CLI::App *nested = command->get_subcommand("import");
-  for (CLI::Option *option : {panel, gray, json, conditioned}) {
+  for (CLI::Option *option : {panel, gray, mix, json, conditioned}) {
     nested->excludes(option);
   }
   command->callback([options, command] {

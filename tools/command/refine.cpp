@@ -48,10 +48,10 @@ void run(const Options &options, const std::string &command_line) {
   LutScan scan = scan_luts(options.luts, "integer");
   LutSet before = load_luts(scan);
   const GrayRamp ramp = read_gray_ramp(options.report.verify, input.panel);
-  input.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
+  input.evidence.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
   target = on_panel(target, model_of(input));
   const RecipeJob job = {&recipe_named("solve"), target,    options.panel.conditions(),
-                         before.size(),          scan.bits, input.grays};
+                         before.size(),          scan.bits, input.evidence};
   Correction correction = correct(input.panel, job);
   const bool kept = keeps(options, ramp, target, before, correction);
   if (kept) {

@@ -32,14 +32,35 @@ void add_panel_options(CLI::App *command, PanelOptions &options) {
   command->add_option("--gray", options.gray,
                       "Gray ramp measured on the bare panel, CSV of level,X,Y,Z: the model then knows how far the "
                       "channels do not add");
+  command->add_option("--mix", options.mix,
+                      "Mixtures of the channels measured on the bare panel, CSV of r,g,b,X,Y,Z or a .ti3 file: the "
+                      "model then knows colours, too");
 }
+
+namespace {
+
+void note_more(PanelInput *input) {
+  const auto &[grays, mixtures] = input->more;
+  const std::string difference = grays ? black_difference(*grays, input->panel) : "";
+  if (!difference.empty()) {
+    warn(difference);
+    input->notes.push_back(difference);
+  }
+  if (mixtures) {
+    input->notes.insert(input->notes.end(), mixtures->notes.begin(), mixtures->notes.end());
+  }
+}
+
+} // namespace
 
 PanelInput read_panel_input(const PanelOptions &options) {
   const Panel panel = read_panel(options.panel);
-  PanelInput input = {panel, {}, {}, {}};
+  PanelInput input;
+  input.panel = panel;
   if (options.conditions()) {
     const Conditioned conditioned = condition(panel);
-    input = {conditioned.panel, {}, conditioned.notes, {}};
+    input.panel = conditioned.panel;
+    input.notes = conditioned.notes;
     for (const std::string &line : conditioned.summary) {
       warn(options.panel + ": " + line);
     }
@@ -47,23 +68,22 @@ PanelInput read_panel_input(const PanelOptions &options) {
       say(note);
     }
   }
-  if (!options.gray.empty()) {
+  input.more = read_more(options.gray, options.mix, input.panel);
+  note_more(&input);
+  if (input.more.grays || input.more.mixtures) {
+    say("solves the model of grays and mixtures");
     const PanelModel channels = model_of(input);
-    const GrayRamp ramp = read_gray_ramp(options.gray, input.panel);
-    const std::string difference = black_difference(ramp, input.panel);
-    if (!difference.empty()) {
-      warn(difference);
-      input.notes.push_back(difference);
+    input.evidence = evidence_of(input.more, channels, noise_floor(panel.lcnr));
+    if (input.more.grays) {
+      const Additivity sums = additivity(*input.more.grays, channels);
+      input.additivity = Spread{sums.de2000.mean, sums.de2000.worst};
     }
-    input.grays = {bare_grays(ramp, channels, noise_floor(panel.lcnr))};
-    const Additivity sums = additivity(ramp, channels);
-    input.additivity = Spread{sums.de2000.mean, sums.de2000.worst};
   }
   return input;
 }
 
 PanelModel model_of(const PanelInput &input) {
-  auto model = model_of(input.panel.lcnr, input.grays);
+  auto model = model_of(input.panel.lcnr, input.evidence);
   if (!model) {
     throw Failure(kInputError, unusable_row(input.panel));
   }
@@ -72,7 +92,8 @@ PanelModel model_of(const PanelInput &input) {
 
 void require_apart(const PanelOptions &panel, const TargetOptions &target, const ReportOptions &report,
                    const std::string &luts_in, const std::string &luts_out) {
-  std::vector<std::string> inputs = {panel.panel, panel.gray, target.from, target.curve, luts_in, report.verify};
+  std::vector<std::string> inputs = {panel.panel,  panel.gray, panel.mix,    target.from,
+                                     target.curve, luts_in,    report.verify};
   inputs.insert(inputs.end(), report.limits.begin(), report.limits.end());
   require_apart(inputs, {luts_out, report.html, report.json, report.csv});
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "calibration/evidence.h"
 #include "calibration/recipe.h"
 #include "command/target-options.h"
 #include "file/panel.h"
@@ -19,20 +20,22 @@ class App;
 struct PanelOptions {
   std::string panel;
   std::string gray; // empty where not given
+  std::string mix;  // empty where not given
   std::string condition = "on";
 
   bool conditions() const { return condition == "on"; }
 };
 
-// PANEL.xml and --gray.
+// PANEL.xml, --gray and --mix.
 void add_panel_options(CLI::App *command, PanelOptions &options);
 
 // What was read of a panel.
 struct PanelInput {
   Panel panel; // conditioned if asked for
-  MeasuredGrays grays;
+  MoreReadings more;
+  Evidence evidence;
   std::vector<std::string> notes;   // every change, and what is odd
-  std::optional<Spread> additivity; // of the gray ramp, in CIEDE2000
+  std::optional<Spread> additivity; // of the grays, in CIEDE2000
 };
 
 // Reads and conditions. Prints one line per kind of change on standard error, every change with -v.

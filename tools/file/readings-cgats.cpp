@@ -104,7 +104,9 @@ Reading read_set(const std::string &name, cmsHANDLE tables, const Columns &colum
     }
     values[i] = *value;
   }
-  return {{values[0], values[1], values[2]}, {{values[3], values[4], values[5]}}, std::nullopt};
+  return {{values[0], values[1], values[2]},
+          {{values[3], values[4], values[5]}},
+          format("%s: data set %d", name.c_str(), set + 1)};
 }
 
 void note_unit(cmsHANDLE tables, Readings &readings) {
@@ -117,6 +119,10 @@ void note_unit(cmsHANDLE tables, Readings &readings) {
 }
 
 } // namespace
+
+bool is_cgats(const std::string &path, const std::string &text) {
+  return has_extension(path, ".ti3") || text.find("BEGIN_DATA") != std::string::npos;
+}
 
 Readings read_cgats(const std::string &path, const std::string &text) {
   const std::string name = input_name(path);

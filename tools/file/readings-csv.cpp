@@ -19,8 +19,8 @@ vexo_vector XYZ_of(const std::string &path, const CsvLine &line, size_t column) 
   return {{csv_number(path, line, column), csv_number(path, line, column + 1), csv_number(path, line, column + 2)}};
 }
 
-Reading single_channel(int channel, float level, const vexo_vector &XYZ) {
-  Reading reading = {{0.0F, 0.0F, 0.0F}, XYZ, channel};
+Reading single_channel(int channel, float level, const vexo_vector &XYZ, const std::string &place) {
+  Reading reading = {{0.0F, 0.0F, 0.0F}, XYZ, place, channel};
   reading.drive[channel] = level;
   return reading;
 }
@@ -32,7 +32,7 @@ void add_single(const std::string &path, const CsvLine &line, Readings &readings
   const std::string &name = line.fields[1];
   for (int c = 0; c < 3; c++) {
     if (name == kChannels[c] || name == std::string(1, *kChannels[c])) {
-      readings.list.push_back(single_channel(c, level, XYZ));
+      readings.list.push_back(single_channel(c, level, XYZ, csv_place(path, line)));
       return;
     }
   }
@@ -43,14 +43,15 @@ void add_single(const std::string &path, const CsvLine &line, Readings &readings
   if (level != 0.0F) {
     refuse_input(csv_place(path, line), "black at level " + line.fields[0] + ", expected level 0");
   }
-  readings.list.push_back({{0.0F, 0.0F, 0.0F}, XYZ, std::nullopt});
+  readings.list.push_back({{0.0F, 0.0F, 0.0F}, XYZ, csv_place(path, line)});
 }
 
 // level,Xr,Yr,Zr,Xg,Yg,Zg,Xb,Yb,Zb
 void add_three(const std::string &path, const CsvLine &line, Readings &readings) {
   const float level = level_of(path, line);
   for (int c = 0; c < 3; c++) {
-    readings.list.push_back(single_channel(c, level, XYZ_of(path, line, 1 + 3 * static_cast<size_t>(c))));
+    const vexo_vector XYZ = XYZ_of(path, line, 1 + 3 * static_cast<size_t>(c));
+    readings.list.push_back(single_channel(c, level, XYZ, csv_place(path, line)));
   }
 }
 
@@ -68,6 +69,19 @@ Readings read_csv(const std::string &path, const std::string &text) {
     }
     columns = found;
     columns == 5 ? add_single(path, line, readings) : add_three(path, line, readings);
+  }
+  return readings;
+}
+
+Readings read_mixture_csv(const std::string &path, const std::string &text) {
+  Readings readings;
+  for (const CsvLine &line : csv_lines(text)) {
+    if (line.fields.size() != 6) {
+      refuse_input(csv_place(path, line), format("%zu columns, expected 6 (r,g,b,X,Y,Z)", line.fields.size()));
+    }
+    readings.list.push_back({{csv_number(path, line, 0), csv_number(path, line, 1), csv_number(path, line, 2)},
+                             XYZ_of(path, line, 3),
+                             csv_place(path, line)});
   }
   return readings;
 }

@@ -52,6 +52,22 @@ void print_additivity(const Additivity &a) {
   }
 }
 
+void print_cross_validation(const CrossValidation &v) {
+  std::printf("Mixtures   %zu readings, each left out in turn: CIEDE2000 of what the model foretells for it\n"
+              "                                      mean   95 %%   worst\n",
+              v.readings);
+  for (const LayerError &layer : v.layers) {
+    std::printf("           %-25s %6.2f %6.2f  %6.2f  %s\n", layer.layer.c_str(), layer.mean, layer.most, layer.worst,
+                layer.worst_place.c_str());
+  }
+  for (const std::string &line : v.odd) {
+    std::printf("           sticks out: %s\n", line.c_str());
+  }
+  if (!v.holds) {
+    std::printf("           %s\n", doubt(v).c_str());
+  }
+}
+
 Json json_distance(const Additivity::Distance &d) {
   return {{"mean", d.mean}, {"worst", d.worst}, {"level", d.worst_level}};
 }
@@ -61,6 +77,18 @@ Json json_additivity(const Additivity &a) {
           {"de2000", json_distance(a.de2000)},
           {"luminance", json_distance(a.luminance)},
           {"uv", json_distance(a.uv)}};
+}
+
+Json json_cross_validation(const CrossValidation &v) {
+  Json layers = Json::array();
+  for (const LayerError &layer : v.layers) {
+    layers.push_back({{"layer", layer.layer},
+                      {"mean", layer.mean},
+                      {"percentile_95", layer.most},
+                      {"worst", layer.worst},
+                      {"worst_place", layer.worst_place}});
+  }
+  return {{"readings", v.readings}, {"layers", layers}, {"odd", v.odd}, {"holds", v.holds}};
 }
 
 Json json_row(const vexo_lcnr &lcnr, int i) {
@@ -92,6 +120,9 @@ void print_check(const Check &c) {
   if (c.gray) {
     print_additivity(*c.gray);
   }
+  if (c.mixtures) {
+    print_cross_validation(*c.mixtures);
+  }
   std::printf("\n%zu warning%s\n", c.findings.size(), c.findings.size() == 1 ? "" : "s");
   for (const Finding &finding : c.findings) {
     std::printf("  %s: %s\n", row_name(c.panel, finding.row).c_str(), finding.text.c_str());
@@ -117,6 +148,7 @@ Json json_check(const Check &c) {
   document["black"] = json_vector(single(c.black));
   document["contrast"] = std::isfinite(c.contrast) ? Json(c.contrast) : Json();
   document["additivity"] = c.gray ? json_additivity(*c.gray) : Json();
+  document["mixtures"] = c.mixtures ? json_cross_validation(*c.mixtures) : Json();
   document["warnings"] = Json::array();
   for (const Finding &finding : c.findings) {
     document["warnings"].push_back(json_finding(c.panel, finding));
