@@ -152,8 +152,7 @@ const char *state_name(LimitResult::State state) {
 
 std::vector<LimitResult> check_limits(const Report &report, const std::string &name_or_file) {
   std::vector<LimitResult> limits = limits_of_tolerance(name_or_file);
-  if (limits.empty() && !has_extension(name_or_file, ".json") && name_or_file.find('/') == std::string::npos &&
-      name_or_file != "-") {
+  if (limits.empty() && name_or_file.find_first_of("./") == std::string::npos && name_or_file != "-") {
     reject("--limits", name_or_file, "one of " + tolerance_names() + ", or a file FILE.json", names());
   }
   if (limits.empty()) {
