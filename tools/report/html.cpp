@@ -1,6 +1,7 @@
 // The report as one HTML file: no script, nothing loaded from elsewhere.
 #include <string>
 
+#include "file/input.h"
 #include "report/charts.h"
 #include "report/markup.h"
 #include "report/report.h"
@@ -131,7 +132,7 @@ std::string white_fact(const Report &report) {
 std::string facts(const Report &report) {
   const ReportSource &source = report.source;
   const White &white = source.target.white;
-  return "<h2>The calibration</h2>\n<dl>\n" + fact("Panel file", source.panel->path) +
+  return "<h2>The calibration</h2>\n<dl>\n" + fact("Panel file", input_name(source.panel->path)) +
          fact("SHA-256", report.panel_sha256) + fact("File of", report.panel_date) + fact("Report of", report.date) +
          fact("Recipe", source.recipe) + fact("LUTs", source.luts_name) +
          fact("Target white", format("%s: x %.6g, y %.6g, %s", white.name.c_str(), white.xyz.d[0], white.xyz.d[1],

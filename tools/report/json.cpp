@@ -1,6 +1,7 @@
 // The report for other programs. Its members are described in docs/formats.md.
 #include <cmath>
 
+#include "file/input.h"
 #include "report/report.h"
 #include "report/verdict.h"
 #include "text/json.h"
@@ -65,7 +66,8 @@ Json json_summary(const Summary &s) {
 Json json_source(const Report &report) {
   const ReportSource &source = report.source;
   const White &white = source.target.white;
-  return {{"panel", {{"file", source.panel->path}, {"sha256", report.panel_sha256}, {"date", report.panel_date}}},
+  return {{"panel",
+           {{"file", input_name(source.panel->path)}, {"sha256", report.panel_sha256}, {"date", report.panel_date}}},
           {"date", report.date},
           {"tool", "vexo " VEXO_VERSION},
           {"command_line", source.command_line},

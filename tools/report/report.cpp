@@ -6,8 +6,8 @@
 #include <array>
 #include <ctime>
 
-#include "file/csv.h"
 #include "file/input.h"
+#include "file/readings.h"
 #include "text/failure.h"
 #include "text/format.h"
 
@@ -45,8 +45,8 @@ std::string last_change(const std::string &path) {
 }
 
 // Two rows or more whose levels rise, from 0 or above.
-std::vector<GrayReading> read_ramp(const std::string &path) {
-  std::vector<GrayReading> rows = read_gray(path);
+std::vector<GrayReading> read_ramp(const std::string &path, float top) {
+  std::vector<GrayReading> rows = read_gray(path, top);
   for (size_t i = 1; i < rows.size(); i++) {
     if (!(rows[i].level > rows[i - 1].level)) {
       throw Failure(kInputError,
@@ -60,10 +60,10 @@ std::vector<GrayReading> read_ramp(const std::string &path) {
 }
 
 // The grays of a measured ramp. Black is its reading of level 0, or else the panel's.
-std::vector<GrayFigure> read_measured(const std::string &path, const Triple &panel_black) {
-  const std::vector<GrayReading> rows = read_ramp(path);
+std::vector<GrayFigure> read_measured(const std::string &path, const vexo_lcnr &panel) {
+  const std::vector<GrayReading> rows = read_ramp(path, panel.sample[panel.num - 1]);
   const auto XYZ = [](const GrayReading &r) { return triple(r.XYZ); };
-  const Triple black = rows.front().level > 0.0F ? panel_black : XYZ(rows.front());
+  const Triple black = rows.front().level > 0.0F ? black_of(panel) : XYZ(rows.front());
   const double white = XYZ(rows.back())[1] - black[1];
   std::vector<GrayFigure> grays;
   for (const GrayReading &r : rows) {
@@ -100,7 +100,7 @@ void add_ramps(Report *report) {
     report->exact = judge(predict(*source.model, source.exact->get()));
   }
   if (!source.verify.empty()) {
-    report->measured = judge(read_measured(source.verify, black_of(source.model->measurements())));
+    report->measured = judge(read_measured(source.verify, source.model->measurements()));
   }
 }
 
