@@ -1,7 +1,7 @@
 // Files of measurements. Panels and imports give rows that rise from black; what is written reads back.
-#include "file/csv.h"
 #include "file/import.h"
 #include "file/panel.h"
+#include "file/readings.h"
 #include "text/format.h"
 #include "tool.h"
 
@@ -35,9 +35,9 @@ std::string gray_text(const std::vector<GrayReading> &grays) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const MemoryFile file(text_of(data, size));
   accepted([&] {
-    const std::string text = gray_text(read_gray(file.path()));
+    const std::string text = gray_text(read_gray(file.path(), 100.0F));
     const MemoryFile copy(text);
-    require(gray_text(read_gray(copy.path())) == text, "a gray ramp reads back");
+    require(gray_text(read_gray(copy.path(), 100.0F)) == text, "a gray ramp reads back");
   });
   accepted([&] {
     const Import import = import_measurements(file.path());

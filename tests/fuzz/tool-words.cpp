@@ -7,7 +7,7 @@
 #include "bits.h"
 #include "calibration/target.h"
 #include "colour/spaces.h"
-#include "file/csv.h"
+#include "file/table.h"
 #include "signal/signal.h"
 #include "text/format.h"
 #include "text/grammar.h"
@@ -63,18 +63,22 @@ void check_words(const std::string &text) {
 }
 
 void check_lines(const std::string &text) {
-  int number = 0;
-  for (const CsvLine &line : csv_lines(text)) {
-    require(line.number > number && !line.fields.empty(), "lines in their order");
-    number = line.number;
-    for (size_t column = 0; column < line.fields.size(); column++) {
-      const std::string &field = line.fields[column];
-      require(field.find_first_of(",\n") == std::string::npos, "fields without separators");
-      const bool reads = accepted([&] { csv_number("", line, column); });
-      require(reads == finite_number(field).has_value(), "a field is a number or not");
+  accepted([&] {
+    Table table("table", text);
+    int line = 0;
+    for (const TableRow &row : table.rows()) {
+      require(row.line > line && !row.cells.empty(), "rows in their order");
+      line = row.line;
+      for (size_t cell = 0; cell < row.cells.size(); cell++) {
+        const std::string &content = row.cells[cell];
+        require(content.find_first_of("\r\n") == std::string::npos, "cells within a line");
+        const bool reads = accepted([&] { table.number(row, cell, "a cell"); });
+        require(!reads || content.find_first_of("0123456789") != std::string::npos, "a number has digits");
+      }
     }
-  }
-  require(number <= 1 + std::count(text.begin(), text.end(), '\n'), "no more lines than the text has");
+    const auto ends = [](char c) { return c == '\r' || c == '\n'; };
+    require(line <= 1 + std::count_if(text.begin(), text.end(), ends), "no more lines than the text has");
+  });
 }
 
 } // namespace

@@ -5,13 +5,15 @@
 #include <iterator>
 #include <vector>
 
-#include "file/csv.h"
 #include "file/input.h"
+#include "file/table.h"
 #include "text/failure.h"
 #include "text/format.h"
 #include "text/grammar.h"
 
 namespace {
+
+const double kMostLuminance = 10000.0; // of SMPTE ST 2084, cd/m2
 
 struct NamedCurve {
   const char *name;
@@ -124,24 +126,25 @@ double light_of(const std::vector<CurvePoint> &points, double input) {
 
 // Inputs and light as parts of those of the last row. A first row above input 0 follows on (0, 0).
 std::vector<CurvePoint> read_points(const std::string &path) {
+  Table table(input_name(path), read_text(path, "a tone curve"));
   std::vector<CurvePoint> points;
-  for (const CsvLine &line : csv_lines(read_text(path, "a tone curve"))) {
-    if (line.fields.size() != 2) {
-      refuse_input(csv_place(path, line), format("%zu columns, expected 2 (input,light)", line.fields.size()));
+  for (const TableRow &row : table.rows()) {
+    if (row.cells.size() != 2) {
+      refuse_input(table.place(row), format("%zu columns, expected 2 (input,light)", row.cells.size()));
     }
-    const CurvePoint point = {csv_number(path, line, 0), csv_number(path, line, 1)};
+    const CurvePoint point = {table.number(row, 0, "input"), table.number(row, 1, "light")};
     if (points.empty() && point.input > 0.0) {
       points.push_back({0.0, 0.0});
     }
     const bool rises = points.empty() ? point.input == 0.0 && point.light >= 0.0
                                       : point.input > points.back().input && point.light >= points.back().light;
     if (!rises) {
-      refuse_input(csv_place(path, line), "expected inputs that rise from 0, and light that does not fall");
+      refuse_input(table.place(row), "expected inputs that rise from 0, and light that does not fall");
     }
     points.push_back(point);
   }
   if (points.size() < 2 || !(points.back().light > points.front().light)) {
-    refuse_input(input_name(path), "expected rows of input,light up to white");
+    refuse_input(table.name(), "expected rows of input,light up to white");
   }
   const CurvePoint white = points.back();
   for (CurvePoint &point : points) {
@@ -216,7 +219,11 @@ ToneCurve parse_tone_curve(const std::string &option, const std::string &text) {
   const std::string name = lower(text.substr(0, text.find(':')));
   const StandardCurve *standard = find_name(kStandardCurves, name);
   if (standard != nullptr && name.size() < text.size()) {
-    return standard_curve(*standard, double{parse_positive(option, text.substr(name.size() + 1))});
+    const double fixed = parse_positive(option, text.substr(name.size() + 1));
+    if (fixed > kMostLuminance) {
+      reject(option, text, format("up to %g cd/m2", kMostLuminance));
+    }
+    return standard_curve(*standard, fixed);
   }
   if (standard != nullptr) {
     return standard_curve(*standard, std::nullopt);

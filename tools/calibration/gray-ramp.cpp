@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "file/csv.h"
 #include "file/input.h"
+#include "file/readings.h"
 #include "text/failure.h"
 #include "text/format.h"
 
@@ -41,7 +41,7 @@ Triple noise_near_black(const GrayRamp &ramp, const PanelModel &model, const Tri
 GrayRamp read_gray_ramp(const std::string &path, const Panel &panel) {
   const double top = top_level(panel.lcnr);
   GrayRamp ramp = {path, black_of(panel.lcnr), false, {}};
-  for (const GrayReading &reading : read_gray(path)) {
+  for (const GrayReading &reading : read_gray(path, static_cast<float>(top))) {
     check_level(ramp, reading, top);
     if (reading.level == 0.0F) {
       ramp.black = triple(reading.XYZ);

@@ -112,10 +112,8 @@ std::vector<std::string> odd_readings(const std::vector<double> &de, double mean
 } // namespace
 
 MixtureReadings read_mixtures(const std::string &path, const Panel &panel) {
-  const std::string text = read_text(path, "a CSV or CGATS file");
-  const bool cgats = is_cgats(path, text);
-  const Readings file = cgats ? read_cgats(path, text) : read_mixture_csv(path, text);
-  const double top = cgats ? 100.0 : double{panel.lcnr.sample[panel.lcnr.num - 1]};
+  const Readings file = read_readings(path, "measured mixtures");
+  const double top = file.full.value_or(panel.lcnr.sample[panel.lcnr.num - 1]);
   MixtureReadings result = {path, {}, {}, {}, file.notes};
   Mean black;
   std::map<double, Mean> grays;
@@ -142,7 +140,7 @@ MixtureReadings read_mixtures(const std::string &path, const Panel &panel) {
   }
   if (alone > 0) {
     result.notes.push_back(format("%s: %zu readings of channels driven alone are left out: %s has them",
-                                  input_name(path).c_str(), alone, panel.path.c_str()));
+                                  input_name(path).c_str(), alone, input_name(panel.path).c_str()));
   }
   const Triple shown_black = black.count > 0 ? black.value() : black_of(panel.lcnr);
   for (MeasuredLight &light : result.lights) {

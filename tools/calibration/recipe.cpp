@@ -8,6 +8,7 @@
 #include "calibration/evidence.h"
 #include "calibration/figures.h"
 #include "calibration/solve.h"
+#include "file/input.h"
 #include "text/channels.h"
 #include "text/failure.h"
 #include "text/format.h"
@@ -179,14 +180,14 @@ void check_white(const Panel &panel, const RecipeJob &job, Correction &correctio
   if (solve_shows_white(job, correction.model)) {
     throw Failure(kLimitMissed,
                   format("%s: the %s recipe did not find white %s, --recipe solve does; no LUTs were written",
-                         panel.path.c_str(), job.recipe->name, target.name.c_str()));
+                         input_name(panel.path).c_str(), job.recipe->name, target.name.c_str()));
   }
   throw Failure(
       kLimitMissed,
       format("%s: the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
              "where %.4f is allowed; no LUTs were written",
-             panel.path.c_str(), target.name.c_str(), target.xyz.d[0], target.xyz.d[1], white.xyY.d[0], white.xyY.d[1],
-             uv_distance(white.xyY, target.xyz), kWhiteTolerance));
+             input_name(panel.path).c_str(), target.name.c_str(), target.xyz.d[0], target.xyz.d[1], white.xyY.d[0],
+             white.xyY.d[1], uv_distance(white.xyY, target.xyz), kWhiteTolerance));
 }
 
 // The library's recipes take a curve of their own form, and the white that comes of it.

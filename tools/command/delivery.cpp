@@ -4,6 +4,7 @@
 #include <new>
 
 #include "base/owners.h"
+#include "file/input.h"
 #include "file/output.h"
 #include "report/verdict.h"
 #include "text/failure.h"
@@ -65,7 +66,7 @@ void print(const Delivery &d, const Report &report) {
   const vexo_lcnr &rows = d.input->panel.lcnr;
   const Target &target = d.job->target;
   const double *gains = d.correction->gains;
-  std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", d.input->panel.path.c_str(), rows.num,
+  std::fprintf(f, "Panel         %s, %d rows, levels 0 to %g\n", input_name(d.input->panel.path).c_str(), rows.num,
                rows.sample[rows.num - 1]);
   std::fprintf(f, "Model         %s\n",
                report.source.model->knows_grays() ? "measured channels and grays" : "measured channels, which add");

@@ -43,7 +43,7 @@ void run(const Options &options) {
     print_dumps(input.panel, luts);
     return;
   }
-  std::printf("Gray ramp of %s%s%s, predicted above black\n", options.panel.panel.c_str(),
+  std::printf("Gray ramp of %s%s%s, predicted above black\n", input_name(options.panel.panel).c_str(),
               options.luts.empty() ? "" : " through ", options.luts.c_str());
   print_table(predict(model, options.luts.empty() ? nullptr : luts.get(), Triple::Zero(), options.steps));
 }

@@ -41,8 +41,10 @@ void add_import(CLI::App &measure) {
   command->add_option("FILE", options->input, "CGATS (.ti3) or CSV file; - for standard input")->required();
   command->add_option("-o,--output", options->output, "LCNR file to write; - for standard output")->required();
   command->footer(
-      "CGATS: a table of RGB drives and XYZ. CSV, with decimal points: level,channel,X,Y,Z (channel red, green,\n"
-      "blue, r, g, b or black), or level,Xr,Yr,Zr,Xg,Yg,Zg,Xb,Yb,Zb; a heading line may come first.\n\n"
+      "CGATS: a table of RGB drives and XYZ. CSV: columns in any order, told by their names: level,channel,X,Y,Z\n"
+      "(channel red, green, blue, r, g, b or black), r,g,b,X,Y,Z, or level,Xr,Yr,Zr,Xg,Yg,Zg,Xb,Yb,Zb. x,y,Y may "
+      "stand\n"
+      "for X,Y,Z. Commas, semicolons or tabs separate them. -v says how a table is read.\n\n"
       "Takes the ramps of red, green and blue, each driven alone, and says what it leaves out.\n"
       "Repeated readings are averaged. Of more than 64 levels an evenly spaced choice is kept.\n\n"
       "Example: vexo measure import readings.ti3 -o panel.xml");

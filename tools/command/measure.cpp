@@ -43,12 +43,13 @@ void run(const Options &options) {
 void add_measure(CLI::App &app) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("measure", "Check a panel's measurements, or import them");
-  CLI::Option *panel = command->add_option("PANEL.xml", options->panel, "LCNR file");
-  CLI::Option *gray = command->add_option("--gray", options->gray,
-                                          "CSV file of the measured gray ramp, level,X,Y,Z: says how far the "
-                                          "channels add");
+  CLI::Option *panel = command->add_option("PANEL.xml", options->panel, "LCNR file; - for standard input");
+  CLI::Option *gray =
+      command->add_option("--gray", options->gray,
+                          "Gray ramp of the bare panel (CSV of level,X,Y,Z or x,y,Y; .ti3): says how far the "
+                          "channels add");
   CLI::Option *mix = command->add_option("--mix", options->mix,
-                                         "CSV file of measured mixtures, r,g,b,X,Y,Z, or a .ti3 file: says how well "
+                                         "Measured mixtures (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3): says how well "
                                          "the panel model foretells mixtures it has not seen");
   CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
   CLI::Option *conditioned = command->add_option("--condition", options->condition,

@@ -73,7 +73,8 @@ void add_refine(CLI::App &app, const std::string &command_line) {
       ->required();
   command
       ->add_option("MEASURED.csv", options->report.verify,
-                   "Gray ramp measured through LUTS.txt, CSV of level,X,Y,Z; a level stands for the input, in the unit "
+                   "Gray ramp measured through LUTS.txt (CSV of level,X,Y,Z or x,y,Y; .ti3); a level stands for the "
+                   "input, in the unit "
                    "of the panel file")
       ->required();
   command->add_option("-o,--output", options->output, "LUT file to write; - for standard output")->required();

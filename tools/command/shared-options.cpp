@@ -8,6 +8,7 @@
 #include "calibration/condition.h"
 #include "calibration/gray-ramp.h"
 #include "file/apart.h"
+#include "file/input.h"
 #include "file/output.h"
 #include "report/verdict.h"
 #include "text/failure.h"
@@ -27,13 +28,16 @@ void write_report(const std::string &path, const Report &report, void (*write)(c
 } // namespace
 
 void add_panel_options(CLI::App *command, PanelOptions &options) {
-  command->add_option("PANEL.xml", options.panel, "LCNR file: ramps of red, green and blue, each driven alone")
+  command
+      ->add_option("PANEL.xml", options.panel,
+                   "LCNR file: ramps of red, green and blue, each driven alone; - for standard input")
       ->required();
-  command->add_option("--gray", options.gray,
-                      "Gray ramp measured on the bare panel, CSV of level,X,Y,Z: the model then knows how far the "
-                      "channels do not add");
+  command->add_option(
+      "--gray", options.gray,
+      "Gray ramp measured on the bare panel (CSV of level,X,Y,Z or x,y,Y; .ti3): the model then knows how far the "
+      "channels do not add");
   command->add_option("--mix", options.mix,
-                      "Mixtures of the channels measured on the bare panel, CSV of r,g,b,X,Y,Z or a .ti3 file: the "
+                      "Mixtures of the channels measured on the bare panel (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3): the "
                       "model then knows colours, too");
 }
 
@@ -62,7 +66,7 @@ PanelInput read_panel_input(const PanelOptions &options) {
     input.panel = conditioned.panel;
     input.notes = conditioned.notes;
     for (const std::string &line : conditioned.summary) {
-      warn(options.panel + ": " + line);
+      warn(input_name(options.panel) + ": " + line);
     }
     for (const std::string &note : conditioned.notes) {
       say(note);
@@ -117,8 +121,9 @@ void add_figure_options(CLI::App *command, ReportOptions &options) {
 
 void add_report_options(CLI::App *command, ReportOptions &options) {
   add_figure_options(command, options);
-  command->add_option("--verify", options.verify,
-                      "Gray ramp measured through the LUTs, CSV of level,X,Y,Z: the verdict is then about it");
+  command->add_option(
+      "--verify", options.verify,
+      "Gray ramp measured through the LUTs (CSV of level,X,Y,Z or x,y,Y; .ti3): the verdict is then about it");
 }
 
 void write_reports(const ReportOptions &options, const Report &report) {

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -19,7 +20,7 @@ const size_t kLongestText = 4 << 20; // far more than measurements need; parsing
 }
 
 // Pipes cannot be read twice, so standard input goes to a temporary file first.
-File copy_of_standard_input() {
+File read_standard_input() {
   File copy(std::tmpfile());
   if (copy == nullptr) {
     refuse_errno("-");
@@ -34,8 +35,17 @@ File copy_of_standard_input() {
   if (std::ferror(stdin) != 0 || std::fflush(copy.get()) != 0) {
     refuse_errno("-");
   }
-  std::rewind(copy.get());
   return copy;
+}
+
+File copy_of_standard_input() {
+  static const File all = read_standard_input();
+  File f(fdopen(dup(fileno(all.get())), "r"));
+  if (f == nullptr) {
+    refuse_errno("-");
+  }
+  std::rewind(f.get());
+  return f;
 }
 
 } // namespace

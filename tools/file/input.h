@@ -11,7 +11,8 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// Opens a regular file, or a copy of standard input for "-", at its start. Throws a Failure (input) that names it.
+// Opens a regular file, or a copy of standard input for "-", at its start. Copies of standard input share their place.
+// Throws a Failure (input) that names it.
 File open_input(const std::string &path, const char *expected);
 
 // All of an input of at most 4 MB. Throws a Failure (input) that names it.

@@ -1,5 +1,6 @@
 #include "file/panel.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstring>
 
@@ -18,6 +19,17 @@ const size_t kCapacity = 64; // rows of vexo_lcnr
 
 [[noreturn]] void refuse(const std::string &path, const std::string &what) {
   throw Failure(kInputError, path + ": " + what);
+}
+
+// Tables of readings begin with a letter, a digit, a quote or a comment.
+void check_kind(const std::string &name, const std::string &text) {
+  const size_t first = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF"); // a byte order mark at the end
+  const auto begins_table = [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '#' || c == '"';
+  };
+  if (first != std::string::npos && begins_table(text[first])) {
+    refuse(name, "not XML, expected an LCNR file; vexo measure import makes one of readings in CGATS (.ti3) and CSV");
+  }
 }
 
 // A LEVEL element and what the reader makes of it.
@@ -141,24 +153,23 @@ vexo_vector above_black(const vexo_lcnr &lcnr, int channel, int row) {
 }
 
 Panel read_panel(const std::string &path) {
-  if (path == "-") {
-    throw Failure(kUsageError, "a panel is read from a file, not from standard input");
-  }
+  const std::string name = input_name(path);
   std::string text = read_text(path, "an LCNR file");
+  check_kind(name, text);
   const File f(fmemopen(text.data(), text.size(), "r"));
   if (f == nullptr) {
-    refuse(path, "cannot read: out of memory");
+    refuse(name, "cannot read: out of memory");
   }
   Panel panel;
   panel.path = path;
-  Document document = {path, {}, 0, 0};
+  Document document = {name, {}, 0, 0};
   judged(std::ref(document),
          [&](const Collector *collector) { return vexo_internal::read_lcnr(f.get(), &panel.lcnr, collector); });
   if (document.count == 0) {
-    refuse(path, "no LEVEL rows");
+    refuse(name, "no LEVEL rows");
   }
   if (document.count < 2 || document.count > kCapacity) {
-    refuse(path, format("%zu LEVEL rows, expected 2 to %zu", document.count, kCapacity));
+    refuse(name, format("%zu LEVEL rows, expected 2 to %zu", document.count, kCapacity));
   }
   for (size_t row = 0; row < document.elements.size(); row++) {
     check_element(document, row);
@@ -170,7 +181,7 @@ Panel read_panel(const std::string &path) {
 }
 
 std::string row_name(const Panel &panel, int row) {
-  return format("%s:%d: row %d (level %g)", panel.path.c_str(), panel.lines[static_cast<size_t>(row)], row,
+  return format("%s:%d: row %d (level %g)", input_name(panel.path).c_str(), panel.lines[static_cast<size_t>(row)], row,
                 static_cast<double>(panel.lcnr.sample[row]));
 }
 
@@ -193,7 +204,7 @@ std::string unusable_row(const Panel &panel) {
       }
     }
   }
-  return panel.path + ": no colour can be computed for some level between the rows";
+  return input_name(panel.path) + ": no colour can be computed for some level between the rows";
 }
 
 void write_panel(const std::string &path, vexo_lcnr lcnr) {

@@ -12,28 +12,12 @@ namespace {
 
 const size_t kCapacity = sizeof vexo_lcnr::sample / sizeof(float); // rows of an LCNR file
 
-class Mean {
-public:
-  void add(const vexo_vector &XYZ) {
-    for (int m = 0; m < 3; m++) {
-      sum_[m] += XYZ.d[m];
-    }
-    count_++;
-  }
-  float component(int m) const { return static_cast<float>(sum_[m] / count_); }
-  int count() const { return count_; }
-
-private:
-  double sum_[3] = {0.0, 0.0, 0.0};
-  int count_ = 0;
-};
-
 // The readings of one level, a mean for each channel.
 struct Level {
-  Mean channel[3];
+  MeanXYZ channel[3];
 
   bool complete() const {
-    return std::all_of(std::begin(channel), std::end(channel), [](const Mean &mean) { return mean.count() > 0; });
+    return std::all_of(std::begin(channel), std::end(channel), [](const MeanXYZ &mean) { return mean.count() > 0; });
   }
   std::string channels() const { // those that were read
     std::string names;
@@ -139,7 +123,7 @@ std::vector<float> choose(const Levels &levels, Notes &notes) {
 void append(vexo_lcnr &lcnr, float level, const Level &readings) {
   lcnr.sample[lcnr.num] = level;
   for (int n = 0; n < 9; n++) {
-    lcnr.data[n / 3][n % 3][lcnr.num] = readings.channel[n / 3].component(n % 3);
+    lcnr.data[n / 3][n % 3][lcnr.num] = readings.channel[n / 3].XYZ().d[n % 3];
   }
   lcnr.num++;
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -13,6 +14,7 @@
 #include "text/failure.h"
 #include "text/format.h"
 #include "text/grammar.h"
+#include "text/verbose.h"
 
 namespace {
 
@@ -109,20 +111,47 @@ Reading read_set(const std::string &name, cmsHANDLE tables, const Columns &colum
           format("%s: data set %d", name.c_str(), set + 1)};
 }
 
-void note_unit(cmsHANDLE tables, Readings &readings) {
-  const char *luminance = cmsIT8GetProperty(tables, "LUMINANCE_XYZ_CDM2");
-  const char *normalised = cmsIT8GetProperty(tables, "NORMALIZED_TO_Y_100");
-  if (luminance != nullptr && normalised != nullptr && std::string(normalised) == "YES") {
-    readings.notes.push_back(
-        format("values are relative to a white of Y = 100, as in the file; its X Y Z in cd/m2 is %s", luminance));
+std::string property(cmsHANDLE tables, const char *name) {
+  const char *text = cmsIT8GetProperty(tables, name);
+  return text != nullptr ? text : "";
+}
+
+// Lists of patches to show hold estimated colours.
+void check_measured(const std::string &path, cmsHANDLE tables) {
+  const std::string type(cmsIT8GetSheetType(tables), 0, 4);
+  if (type == "CTI1" || type == "CTI2" || has_extension(path, ".ti1") || has_extension(path, ".ti2")) {
+    refuse_input(input_name(path), "a list of patches to show, whose colours are estimated, expected the readings of "
+                                   "them (.ti3)");
   }
 }
 
-} // namespace
-
-bool is_cgats(const std::string &path, const std::string &text) {
-  return has_extension(path, ".ti3") || text.find("BEGIN_DATA") != std::string::npos;
+// As the file says, or as its brightest reading does.
+bool is_normalised(cmsHANDLE tables, const std::vector<Reading> &list) {
+  const std::string said = property(tables, "NORMALIZED_TO_Y_100");
+  const auto brightest = std::max_element(list.begin(), list.end(),
+                                          [](const Reading &a, const Reading &b) { return a.XYZ.d[1] < b.XYZ.d[1]; });
+  return said.empty() ? brightest != list.end() && std::fabs(brightest->XYZ.d[1] - 100.0F) < 0.01F : said == "YES";
 }
+
+// From values that are relative to a white of Y = 100 to cd/m2.
+void restore_unit(cmsHANDLE tables, Readings &readings) {
+  if (!is_normalised(tables, readings.list)) {
+    return;
+  }
+  vexo_vector white = {};
+  if (!scan_triple(property(tables, "LUMINANCE_XYZ_CDM2"), &white) || !(white.d[1] > 0.0F)) {
+    readings.notes.emplace_back("values are relative: white has a Y of 100, and the file does not tell its luminance "
+                                "(LUMINANCE_XYZ_CDM2)");
+    return;
+  }
+  for (Reading &reading : readings.list) {
+    vexo_vector_scale(&reading.XYZ, white.d[1] / 100.0F);
+  }
+  readings.notes.push_back(
+      format("values are scaled from a white of Y = 100 to its luminance, %.9g cd/m2", white.d[1]));
+}
+
+} // namespace
 
 Readings read_cgats(const std::string &path, const std::string &text) {
   const std::string name = input_name(path);
@@ -137,12 +166,15 @@ Readings read_cgats(const std::string &path, const std::string &text) {
   if (!find_columns(tables.get(), &columns)) {
     refuse_input(name, "no table with the columns RGB_R RGB_G RGB_B XYZ_X XYZ_Y XYZ_Z");
   }
+  check_measured(path, tables.get());
   Readings readings;
-  note_unit(tables.get(), readings);
+  readings.full = 100.0F;
   // The property holds any number. Reading a set beyond the data refuses the file.
   const double sets = cmsIT8GetPropertyDbl(tables.get(), "NUMBER_OF_SETS");
   for (int set = 0; set < sets; set++) {
     readings.list.push_back(read_set(name, tables.get(), columns, set));
   }
+  restore_unit(tables.get(), readings);
+  say(name + format(": CGATS, %zu data sets of %s", readings.list.size(), join({kFields, kFields + 6}).c_str()));
   return readings;
 }

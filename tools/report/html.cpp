@@ -1,6 +1,7 @@
 // The report as one HTML file: no script, nothing loaded from elsewhere.
 #include <string>
 
+#include "file/input.h"
 #include "report/charts.h"
 #include "report/figure-list.h"
 #include "report/gamut.h"
@@ -151,7 +152,7 @@ std::string facts(const Report &report) {
     const std::string &text = source.labels.*recorded.text;
     out += text.empty() ? "" : fact(recorded.title, text);
   }
-  return out + file_fact("Panel file", source.panel->path, report.panel_sha256) +
+  return out + file_fact("Panel file", input_name(source.panel->path), report.panel_sha256) +
          fact("Panel file of", report.panel_date) + file_fact("LUTs", source.luts_name, report.luts_sha256) +
          file_fact("Measured ramp", source.verify, report.measured_sha256) + fact("Report of", report.date) +
          fact("Recipe", source.recipe) +

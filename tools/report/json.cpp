@@ -1,6 +1,7 @@
 // The report for other programs. Its members are described in docs/formats.md.
 #include <cmath>
 
+#include "file/input.h"
 #include "report/figure-list.h"
 #include "report/gamut.h"
 #include "report/verdict.h"
@@ -84,7 +85,7 @@ Json json_file(const std::string &name, const std::string &sha256) {
 Json json_source(const Report &report) {
   const ReportSource &source = report.source;
   Json json = {{"schema", kSchema}, {"tool", "vexo " VEXO_VERSION}, {"date", report.date}};
-  json["panel"] = json_file(source.panel->path, report.panel_sha256);
+  json["panel"] = json_file(input_name(source.panel->path), report.panel_sha256);
   json["panel"]["date"] = report.panel_date;
   for (const RecordedText &recorded : kRecordedTexts) {
     json["record"][recorded.member] = source.labels.*recorded.text;

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "calibration/figures.h"
+#include "file/input.h"
 #include "text/channels.h"
 #include "text/format.h"
 
@@ -114,7 +115,7 @@ Json json_finding(const Panel &panel, const Finding &f) {
 void print_check(const Check &c) {
   const vexo_lcnr &lcnr = c.panel.lcnr;
   std::printf("Panel      %s, %d LEVEL elements read as %d rows of ten numbers, levels rise from 0 to %g\n",
-              c.panel.path.c_str(), lcnr.num, lcnr.num, lcnr.sample[lcnr.num - 1]);
+              input_name(c.panel.path).c_str(), lcnr.num, lcnr.num, lcnr.sample[lcnr.num - 1]);
   print_rows(lcnr);
   print_colours(c);
   if (c.gray) {
@@ -137,7 +138,7 @@ void print_check(const Check &c) {
 }
 
 Json json_check(const Check &c) {
-  Json document = {{"panel", c.panel.path}, {"rows", Json::array()}};
+  Json document = {{"panel", input_name(c.panel.path)}, {"rows", Json::array()}};
   for (int i = 0; i < c.panel.lcnr.num; i++) {
     document["rows"].push_back(json_row(c.panel.lcnr, i));
   }

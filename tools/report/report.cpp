@@ -5,8 +5,8 @@
 
 #include <ctime>
 
-#include "file/csv.h"
 #include "file/input.h"
+#include "file/readings.h"
 #include "text/failure.h"
 #include "text/format.h"
 
@@ -39,8 +39,8 @@ std::string last_change(const std::string &path) {
 }
 
 // Two rows or more whose levels rise, from 0 or above.
-std::vector<GrayReading> read_ramp(const std::string &path) {
-  std::vector<GrayReading> rows = read_gray(path);
+std::vector<GrayReading> read_ramp(const std::string &path, float top) {
+  std::vector<GrayReading> rows = read_gray(path, top);
   for (size_t i = 1; i < rows.size(); i++) {
     if (!(rows[i].level > rows[i - 1].level)) {
       throw Failure(kInputError,
@@ -68,9 +68,10 @@ ShownRamp predicted_ramp(const ReportSource &source, LutSet *luts) {
 
 // Black is the ramp's reading of level 0, or else the panel's.
 ShownRamp measured_ramp(const ReportSource &source) {
-  const std::vector<GrayReading> rows = read_ramp(source.verify);
+  const vexo_lcnr &panel = source.model->measurements();
+  const std::vector<GrayReading> rows = read_ramp(source.verify, panel.sample[panel.num - 1]);
   const bool own_black = rows.front().level == 0.0F;
-  const Triple black = own_black ? triple(rows.front().XYZ) : black_of(source.model->measurements());
+  const Triple black = own_black ? triple(rows.front().XYZ) : black_of(panel);
   ShownRamp ramp = {{}, black, included_black(source.target.curve, black)};
   const Triple removed = ramp.black - ramp.included;
   const LightRange range = {double{rows.back().XYZ.d[1]} - removed[1], ramp.included[1]};
