@@ -286,7 +286,7 @@ Chart gamut_chart(const Report &report) {
   chart.series = {locus};
   for (const Coverage &c : coverages(report.primaries)) {
     chart.series.push_back(
-        {c.space, "space", {point(c.cs.r), point(c.cs.g), point(c.cs.b), point(c.cs.r)}, true, false});
+        {c.space, c.space, {point(c.cs.r), point(c.cs.g), point(c.cs.b), point(c.cs.r)}, true, false});
   }
   const std::vector<ChartSeries> panel = {
       {"panel", "white", {point(cs.r), point(cs.g), point(cs.b), point(cs.r)}, true, false},

@@ -160,8 +160,7 @@ std::string facts(const Report &report) {
                                      kelvin(report.target.summary.white_cct).c_str())) +
          fact("Target curve", source.target.curve.name + ": " + source.target.curve.meaning) +
          fact("Luminances", std::string("of grays ") + black_in_figures(report) +
-                                "; of white, black and contrast "
-                                "black included") +
+                                "; of white and in contrast with black in it") +
          fact("White", white_fact(report)) + fact("Channels", additivity_fact(report)) +
          fact("Command line", source.command_line) + fact("Tool", "vexo " VEXO_VERSION) + "</dl>\n";
 }

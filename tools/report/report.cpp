@@ -136,7 +136,7 @@ Report make_report(const ReportSource &source) {
 }
 
 const char *black_in_figures(const Report &report) {
-  return report.source.target.curve.refers_to_black ? "black included" : "above black";
+  return report.source.target.curve.refers_to_black ? "with black in it" : "above black";
 }
 
 bool judges_measured(const Report &report) { return report.measured && report.source.measured_through.empty(); }

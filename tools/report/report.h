@@ -78,7 +78,7 @@ struct Report {
 // Computes every figure. Throws a Failure (input).
 Report make_report(const ReportSource &source);
 
-// "above black" or "black included": what the luminances of the ramps are.
+// "above black" or "with black in it": what the luminances of the ramps are.
 const char *black_in_figures(const Report &report);
 
 // Whether verdict and limits are about the measured ramp: one that was measured through these LUTs.
