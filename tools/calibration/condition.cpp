@@ -12,7 +12,7 @@ const double kShare = 1e-4;      // of the strongest component: the least that a
 const double kResolution = 1e-3; // of black at full drive: single precision tells 1/1023 of it from black
 const double kCredible = 10.0;   // times the resolution
 const double kClipped = 5e-3;    // of full light: what readings of a clipped panel may still rise
-const double kNoiseMargin = 2.0; // times the deepest reading below black
+const double kDepthMargin = 2.0; // times the deepest reading below black
 
 double value(const vexo_lcnr &lcnr, int c, int m, int row) { return lcnr.data[c][m][row]; }
 
@@ -45,7 +45,7 @@ std::string reason_to_leave_out(const vexo_lcnr &lcnr, const Triple &noise, int 
   for (int c = 0; c < 3; c++) {
     for (const int m : {strongest(lcnr, c, top), 1}) {
       const double black = value(lcnr, c, m, 0);
-      const double margin = std::max(kNoiseMargin * noise[m], kCredible * resolution(lcnr, c, m, row));
+      const double margin = std::max(kDepthMargin * noise[m], kCredible * resolution(lcnr, c, m, row));
       if (!(above_black(lcnr, c, m, row) > margin)) {
         return format("%s %s is %g, not credibly above black's %g (it takes %g more than black)", kChannels[c],
                       kComponents[m], value(lcnr, c, m, row), black, margin);

@@ -14,7 +14,7 @@
 namespace {
 
 const size_t kMostMixtures = 3000; // the model takes the cube of their number in time
-const double kUnitFactor = 1.5;    // what mean luminances of one panel may differ by
+const double kMeanFactor = 1.5;    // what mean luminances of one panel may differ by
 const double kMeanHolds = 1.5;     // CIEDE2000 up to which the model holds
 const double kMostHolds = 3.0;
 const double kOddTimesMean = 4.0; // from here on a reading sticks out,
@@ -67,7 +67,7 @@ void check_unit(const MixtureReadings &readings, const Panel &panel) {
     predicted += model->XYZ(light.drives)[1];
   }
   const double ratio = measured / predicted;
-  if (!(ratio < kUnitFactor && ratio > 1.0 / kUnitFactor)) {
+  if (!(ratio < kMeanFactor && ratio > 1.0 / kMeanFactor)) {
     refuse_input(input_name(readings.path), format("its mixtures have %.3g times the luminance of the panel file's "
                                                    "channels together, expected the same unit and panel",
                                                    ratio));

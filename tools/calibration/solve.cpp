@@ -10,9 +10,9 @@
 namespace {
 
 const int kTop = PanelModel::kTopLevel;
-const int kMostSteps = 100;
-const int kNearBlack = 102;       // the toe may reach up to this entry, 10 % input
-const double kSolved = 1e-10;     // error of a demand
+const int kDemandSteps = 100;
+const int kToeEnd = 102;          // the toe may reach up to this entry, 10 % input
+const double kMet = 1e-10;        // error of a demand
 const double kSlack = 1.0 + 1e-6; // an overshoot of a bound that is rounding
 
 // The least and the most light that each channel may give.
@@ -67,10 +67,10 @@ Triple solve_white(const PanelByLight &panel, const Triple &lights, const Target
 // divisions by the largest demand find where it is just met.
 Peak solve_peak(const PanelByLight &panel, const Target &target) {
   Peak peak = {panel.full(), panel.model().XYZ(panel.drives(panel.full()))[1]};
-  for (int i = 0; i < kMostSteps; i++) {
+  for (int i = 0; i < kDemandSteps; i++) {
     peak.lights = solve_white(panel, peak.lights, target, peak.luminance);
     const double demand = peak.lights.cwiseQuotient(panel.full()).maxCoeff();
-    if (std::fabs(demand - 1.0) < kSolved) {
+    if (std::fabs(demand - 1.0) < kMet) {
       break;
     }
     peak.luminance /= demand;
@@ -163,7 +163,7 @@ Solved solve(vexo_lut *lut, const PanelModel &model, const Target &target, doubl
       result.held_from = input_of(i);
       result.held++;
     }
-    toe = dark && i <= kNearBlack;
+    toe = dark && i <= kToeEnd;
   }
   result.toe = i + 1;
   while (!levels.is_black(i)) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-struct Options {
+struct CalibrateOptions {
   PanelOptions panel;
   std::string output; // empty where not given
   TargetOptions target;
@@ -38,7 +38,7 @@ void compare_with_solve(const PanelInput &input, const RecipeJob &job, Correctio
   }
 }
 
-void run(const Options &options, const std::string &command_line) {
+void run(const CalibrateOptions &options, const std::string &command_line) {
   const Target target = parse_target(options.target);
   require_apart(options.panel, options.target, options.report, "", options.output);
   const PanelInput input = read_panel_input(options.panel);
@@ -56,7 +56,7 @@ void run(const Options &options, const std::string &command_line) {
 } // namespace
 
 void add_calibrate(CLI::App &app, const std::string &command_line) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<CalibrateOptions>();
   CLI::App *command = app.add_subcommand("calibrate", "Turn a panel's measurements into three correction LUTs");
   add_panel_options(command, options->panel);
   command->add_option("-o,--output", options->output,

@@ -15,7 +15,7 @@
 
 namespace {
 
-struct Options {
+struct ColorOptions {
   std::string value;
   std::string file;
   ColourOptions colour;
@@ -53,14 +53,14 @@ Json json_of(const Quantities &q) {
   return document;
 }
 
-void convert_one(const Options &options) {
+void convert_one(const ColorOptions &options) {
   const vexo_vector white = reference_white(options.colour);
   const Quantities q = quantities(parse_colour("VALUE", options.value, options.colour), white);
   options.colour.json ? print_json(json_of(q)) : print_text(q);
 }
 
 // Prints each line that is a colour as soon as it is read. Names every line that is none.
-void convert_list(const Options &options) {
+void convert_list(const ColorOptions &options) {
   const vexo_vector white = reference_white(options.colour);
   Json document = Json::array();
   const char *separator = "";
@@ -87,7 +87,7 @@ void convert_list(const Options &options) {
   }
 }
 
-void run(const Options &options) {
+void run(const ColorOptions &options) {
   if (options.value.empty() == options.file.empty()) {
     throw Failure(kUsageError, "expected either VALUE or --file");
   }
@@ -98,7 +98,7 @@ void run(const Options &options) {
 
 void add_color(CLI::App &app) {
   auto [command, options] =
-      add_command(app, "color", "Convert a colour to XYZ, xyY, u'v'Y, Lab, LCh, Luv and CCT", run);
+      add_command<ColorOptions>(app, "color", "Convert a colour to XYZ, xyY, u'v'Y, Lab, LCh, Luv and CCT", run);
   command->add_option("VALUE", options.value, "Three numbers, a,b,c");
   command->add_option("--file", options.file, "Read many colours, one per line; - for standard input");
   add_colour_options(command, options.colour);

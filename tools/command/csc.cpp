@@ -10,7 +10,7 @@
 namespace {
 
 // As they stand on the command line; empty where not given.
-struct Options {
+struct CscOptions {
   Signal from;
   Signal to;
   Space space = parse_space("--space", "bt709"); // of both
@@ -23,7 +23,7 @@ struct Options {
   bool json = false;
 };
 
-CscResult convert(const Options &options) {
+CscResult convert(const CscOptions &options) {
   CscResult r = {{options.from, options.from_space.value_or(options.space)},
                  {options.to, options.to_space.value_or(options.space)},
                  {},
@@ -40,7 +40,7 @@ CscResult convert(const Options &options) {
   return r;
 }
 
-void run(const Options &options) {
+void run(const CscOptions &options) {
   const CscResult r = convert(options);
   for (const SaturatedRegister &s : r.registers.saturated) {
     if (options.registers) {
@@ -51,7 +51,7 @@ void run(const Options &options) {
   options.json ? print_json(json_of(r)) : print_text(r, options.registers);
 }
 
-void add_spaces(CLI::App *command, Options &options) {
+void add_spaces(CLI::App *command, CscOptions &options) {
   CLI::Option *both = add_parsed(command, "--space", options.space, parse_space,
                                  "Colour space of both: " + space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy");
   CLI::Option *from = add_parsed(command, "--from-space", options.from_space, parse_space, "Colour space of the input");
@@ -62,7 +62,7 @@ void add_spaces(CLI::App *command, Options &options) {
   to->needs(from);
 }
 
-void add_controls(CLI::App *command, Options &options) {
+void add_controls(CLI::App *command, CscOptions &options) {
   vexo_ccp &controls = options.controls;
   vexo_ccp_init(&controls);
   add_parsed(command, "--hue", options.hue, parse_number, "Rotation of the colour differences in degrees");
@@ -77,7 +77,7 @@ void add_controls(CLI::App *command, Options &options) {
 } // namespace
 
 void add_csc(CLI::App &app) {
-  auto [command, options] = add_command(app, "csc", "Build the conversion between two video signals", run);
+  auto [command, options] = add_command<CscOptions>(app, "csc", "Build the conversion between two video signals", run);
   add_parsed(command, "FROM", options.from, parse_signal, "Input signal, FORMAT:RANGE:BITS[:ORDER]")->required();
   add_parsed(command, "TO", options.to, parse_signal, "Output signal, in the same form")->required();
   add_spaces(command, options);

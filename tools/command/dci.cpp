@@ -7,7 +7,7 @@
 
 namespace {
 
-struct Options {
+struct DciOptions {
   vexo_vector value;
   std::string from;
   std::string to;
@@ -15,7 +15,7 @@ struct Options {
   bool json = false;
 };
 
-void run(const Options &options) {
+void run(const DciOptions &options) {
   const vexo_vector out = dci_convert(options.value, options.from, options.to, static_cast<unsigned>(options.bits));
   if (options.json) {
     print_json({{"bits", options.bits},
@@ -29,7 +29,8 @@ void run(const Options &options) {
 } // namespace
 
 void add_dci(CLI::App &app) {
-  auto [command, options] = add_command(app, "dci", "Convert between the forms of a digital cinema colour", run);
+  auto [command, options] =
+      add_command<DciOptions>(app, "dci", "Convert between the forms of a digital cinema colour", run);
   add_parsed(command, "VALUE", options.value, parse_triple, "Three numbers, a,b,c")->required();
   command->add_option("--from", options.from, "Form of the input")->required()->check(one_of(dci_forms()));
   command->add_option("--to", options.to, "Form of the output")->required()->check(one_of(dci_forms()));

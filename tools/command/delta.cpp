@@ -7,7 +7,7 @@
 
 namespace {
 
-struct Options {
+struct DeltaOptions {
   std::string first;
   std::string second;
   ColourOptions colour;
@@ -23,7 +23,7 @@ Differences differences(vexo_vector a, vexo_vector b, vexo_vector white) {
   return {vexo_XYZ_DEab(&a, &b, &white), vexo_XYZ_DEuv(&a, &b, &white), vexo_XYZ_DE2000(&a, &b, &white)};
 }
 
-void run(const Options &options) {
+void run(const DeltaOptions &options) {
   const vexo_vector white = reference_white(options.colour);
   const Differences d = differences(parse_colour("COLOR1", options.first, options.colour),
                                     parse_colour("COLOR2", options.second, options.colour), white);
@@ -42,7 +42,8 @@ void run(const Options &options) {
 } // namespace
 
 void add_delta(CLI::App &app) {
-  auto [command, options] = add_command(app, "delta", "Compare two colours: dE*ab, dE*uv, CIEDE2000", run);
+  auto [command, options] =
+      add_command<DeltaOptions>(app, "delta", "Compare two colours: dE*ab, dE*uv, CIEDE2000", run);
   command->add_option("COLOR1", options.first, "Three numbers, a,b,c")->required();
   command->add_option("COLOR2", options.second, "Three numbers, a,b,c")->required();
   add_colour_options(command, options.colour);

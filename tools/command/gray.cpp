@@ -10,7 +10,7 @@
 
 namespace {
 
-struct Options {
+struct GrayOptions {
   PanelOptions panel;
   std::string luts;
   int steps = 21;
@@ -34,7 +34,7 @@ void print_table(const std::vector<GrayFigure> &grays) {
   }
 }
 
-void run(const Options &options) {
+void run(const GrayOptions &options) {
   require_apart({options.panel.panel, options.panel.gray, options.panel.mix, options.luts}, {});
   const PanelInput input = read_panel_input(options.panel);
   LutSet luts = options.luts.empty() ? identity_luts(1024) : read_luts(options.luts);
@@ -51,7 +51,7 @@ void run(const Options &options) {
 } // namespace
 
 void add_gray(CLI::App &app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<GrayOptions>();
   CLI::App *command = app.add_subcommand("gray", "Predict a panel's gray ramp, bare or through LUTs");
   add_panel_options(command, options->panel);
   command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file");

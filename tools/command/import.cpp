@@ -11,12 +11,12 @@
 
 namespace {
 
-struct Options {
+struct ImportOptions {
   std::string input;
   std::string output;
 };
 
-void print(const Options &options, const Import &result) {
+void print(const ImportOptions &options, const Import &result) {
   std::FILE *f = options.output == "-" ? stderr : stdout;
   std::fprintf(f, "%s: %zu readings\n", input_name(options.input).c_str(), result.readings);
   for (const std::string &note : result.notes) {
@@ -26,7 +26,7 @@ void print(const Options &options, const Import &result) {
                result.lcnr.num, result.lcnr.sample[result.lcnr.num - 1]);
 }
 
-void run(const Options &options) {
+void run(const ImportOptions &options) {
   require_apart({options.input}, {options.output});
   const Import result = import_measurements(options.input);
   write_panel(options.output, result.lcnr);
@@ -36,7 +36,7 @@ void run(const Options &options) {
 } // namespace
 
 void add_import(CLI::App &measure) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ImportOptions>();
   CLI::App *command = measure.add_subcommand("import", "Make an LCNR file of another program's readings");
   command->add_option("FILE", options->input, "CGATS (.ti3) or CSV file; - for standard input")->required();
   command->add_option("-o,--output", options->output, "LCNR file to write; - for standard output")->required();

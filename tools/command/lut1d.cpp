@@ -16,7 +16,7 @@
 
 namespace {
 
-struct Options {
+struct Lut1dOptions {
   Lut1dInput input;
   Lut1dOutput output;
   std::string other; // the second input of diff
@@ -38,7 +38,7 @@ void print_figures(const char *name, const vexo_lut &lut, const vexo_lut &identi
               step.height, step.entry, from_identity.mean, from_identity.largest, from_identity.entry);
 }
 
-void info(const Options &options) {
+void info(const Lut1dOptions &options) {
   Lut1dFile in = read_with_warnings(options.input);
   std::printf("File       %s\nLayout     %s\n", input_name(options.input.path).c_str(), summary(in.scan).c_str());
   LutSet identity = identity_luts(in.luts.size());
@@ -48,7 +48,7 @@ void info(const Options &options) {
   }
 }
 
-void check(const Options &options) {
+void check(const Lut1dOptions &options) {
   const LutScan scan = scan_luts(options.input.path, options.input.layout);
   const std::vector<LutIssue> found = faults(scan);
   for (const LutIssue &fault : found) {
@@ -61,7 +61,7 @@ void check(const Options &options) {
   }
 }
 
-void convert(const Options &options) {
+void convert(const Lut1dOptions &options) {
   Lut1dOutput output = options.output;
   if (options.bits && !holds_codes(output.layout)) {
     throw Failure(kUsageError, "--bits: the layout " + output.layout + " holds decimal numbers, not codes");
@@ -77,7 +77,7 @@ void convert(const Options &options) {
                luts.size(), holds_codes(output.layout) ? format(" of %d bits", output.bits).c_str() : "");
 }
 
-void diff(const Options &options) {
+void diff(const Lut1dOptions &options) {
   require_apart({options.input.path, options.other}, {});
   LutSet a = read_with_warnings(options.input).luts;
   LutSet b = read_with_warnings({options.other, options.input.layout}).luts;
@@ -96,7 +96,8 @@ void diff(const Options &options) {
 }
 
 void add_convert(CLI::App &lut1d) {
-  auto [command, options] = add_command(lut1d, "convert", "Write a LUT file in another layout, size or depth", convert);
+  auto [command, options] =
+      add_command<Lut1dOptions>(lut1d, "convert", "Write a LUT file in another layout, size or depth", convert);
   add_input(command, "FILE", options.input);
   command->add_option("OUT", options.output.path, "File to write; - for standard output")->required();
   command->add_option("--to", options.output.layout, "Layout of the output")
@@ -127,18 +128,20 @@ void add_lut1d(CLI::App &app) {
                "  listing-int   for people: one channel, codes\n"
                "  listing-int3  for people: three channels, codes");
   {
-    auto [command, options] = add_command(lut1d, "info", "Print the layout and figures of a LUT file", info);
+    auto [command, options] =
+        add_command<Lut1dOptions>(lut1d, "info", "Print the layout and figures of a LUT file", info);
     add_input(command, "FILE", options.input);
     command->footer("Example: vexo lut1d info luts.txt");
   }
   {
-    auto [command, options] = add_command(lut1d, "check", "Name every faulty line, code and fall of a LUT file", check);
+    auto [command, options] =
+        add_command<Lut1dOptions>(lut1d, "check", "Name every faulty line, code and fall of a LUT file", check);
     add_input(command, "FILE", options.input);
     command->footer("Example: vexo lut1d check luts.txt\n\nExit status: 0 no fault, 1 faults, 3 not a LUT file.");
   }
   add_convert(lut1d);
   {
-    auto [command, options] = add_command(lut1d, "diff", "Compare two LUT files entry by entry", diff);
+    auto [command, options] = add_command<Lut1dOptions>(lut1d, "diff", "Compare two LUT files entry by entry", diff);
     add_input(command, "A", options.input);
     command->add_option("B", options.other, "LUT file")->required();
     add_difference_limit(command, options.limit);

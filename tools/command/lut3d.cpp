@@ -13,7 +13,7 @@
 
 namespace {
 
-struct Options {
+struct Lut3dOptions {
   Lut3dInput input;
   Lut3dOutput output;
   std::string other; // the second input of diff
@@ -50,7 +50,7 @@ void print_gray_axis(const Lut3dGrayAxis &axis) {
   std::printf("           %s\n", axis.monotonic() ? "monotonic" : "not monotonic");
 }
 
-void info(const Options &options) {
+void info(const Lut3dOptions &options) {
   const Lut3dFile file = read_with_warnings(options.input);
   vexo_3dlut *lut = file.lut.get();
   const int size = vexo_3dlut_size(lut);
@@ -68,7 +68,7 @@ void info(const Options &options) {
   print_gray_axis(gray_axis(lut));
 }
 
-void convert(const Options &options) {
+void convert(const Lut3dOptions &options) {
   require_apart({options.input.path}, {options.output.path});
   Lut3dFile file = read_with_warnings(options.input);
   check_output(options.output, options.size.value_or(vexo_3dlut_size(file.lut.get())));
@@ -81,14 +81,14 @@ void convert(const Options &options) {
   write_lut3d(options.output, file.lut.get());
 }
 
-void identity(const Options &options) {
+void identity(const Lut3dOptions &options) {
   check_output(options.output, *options.size);
   const Lut3d lut = new_lut3d(*options.size, options.title.value_or("identity"));
   vexo_3dlut_init_unit(lut.get());
   write_lut3d(options.output, lut.get());
 }
 
-void diff(const Options &options) {
+void diff(const Lut3dOptions &options) {
   require_apart({options.input.path, options.other}, {});
   Lut3dInput other = options.input;
   other.path = options.other;
@@ -106,7 +106,7 @@ void diff(const Options &options) {
   check_differences(options.limit, {extents[0].largest(), extents[1].largest(), extents[2].largest()});
 }
 
-void add_output(CLI::App *command, Options &options) {
+void add_output(CLI::App *command, Lut3dOptions &options) {
   command->add_option("OUT", options.output.path, "File to write; - for standard output")->required();
   command->add_option("--to", options.output.format, "Format of the output (default: told by its name)")
       ->check(one_of(lut3d_output_formats()));
@@ -121,12 +121,14 @@ void add_lut3d(CLI::App &app) {
   CLI::App &lut3d = *app.add_subcommand("lut3d", "Look at, convert, make and compare 3D LUTs");
   lut3d.require_subcommand(1);
   {
-    auto [command, options] = add_command(lut3d, "info", "Print the format and figures of a 3D LUT", info);
+    auto [command, options] =
+        add_command<Lut3dOptions>(lut3d, "info", "Print the format and figures of a 3D LUT", info);
     add_input(command, "FILE", options.input);
     command->footer("Example: vexo lut3d info film.cube");
   }
   {
-    auto [command, options] = add_command(lut3d, "convert", "Write a 3D LUT in another format, size or depth", convert);
+    auto [command, options] =
+        add_command<Lut3dOptions>(lut3d, "convert", "Write a 3D LUT in another format, size or depth", convert);
     add_input(command, "IN", options.input);
     add_output(command, options);
     command->add_option("--size", options.size, "Resample to this many grid points per axis")
@@ -134,13 +136,14 @@ void add_lut3d(CLI::App &app) {
     command->footer("Example: vexo lut3d convert film.cube film.dat --size 17 --bits 10");
   }
   {
-    auto [command, options] = add_command(lut3d, "identity", "Write the 3D LUT that changes nothing", identity);
+    auto [command, options] =
+        add_command<Lut3dOptions>(lut3d, "identity", "Write the 3D LUT that changes nothing", identity);
     add_output(command, options);
     command->add_option("--size", options.size, "Grid points per axis")->required()->check(whole_number(2, 1024));
     command->footer("Example: vexo lut3d identity unit.cube --size 33");
   }
   {
-    auto [command, options] = add_command(lut3d, "diff", "Compare two 3D LUTs entry by entry", diff);
+    auto [command, options] = add_command<Lut3dOptions>(lut3d, "diff", "Compare two 3D LUTs entry by entry", diff);
     add_input(command, "A", options.input);
     command->add_option("B", options.other, "3D LUT to read")->required();
     add_difference_limit(command, options.limit);

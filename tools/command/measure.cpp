@@ -10,7 +10,7 @@
 
 namespace {
 
-struct Options {
+struct MeasureOptions {
   std::string panel;
   std::string gray;
   std::string mix;
@@ -18,7 +18,7 @@ struct Options {
   bool json = false;
 };
 
-void run(const Options &options) {
+void run(const MeasureOptions &options) {
   if (options.panel.empty()) {
     throw Failure(kUsageError, "PANEL.xml is required");
   }
@@ -41,7 +41,7 @@ void run(const Options &options) {
 } // namespace
 
 void add_measure(CLI::App &app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<MeasureOptions>();
   CLI::App *command = app.add_subcommand("measure", "Check a panel's measurements, or import them");
   CLI::Option *panel = command->add_option("PANEL.xml", options->panel, "LCNR file; - for standard input");
   CLI::Option *gray =

@@ -10,7 +10,7 @@
 
 namespace {
 
-struct Options {
+struct RefineOptions {
   PanelOptions panel;
   std::string luts;
   std::string output;
@@ -20,7 +20,8 @@ struct Options {
 
 // Keeps the LUTs as they are when the new ones are no better by more than the readings can tell. Throws a Failure
 // (limit) when the new ones are worse by more than that.
-bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, LutSet &before, Correction &correction) {
+bool keeps(const RefineOptions &options, const GrayRamp &ramp, const Target &target, LutSet &before,
+           Correction &correction) {
   const double old_error = predicted_error(correction.model, before, target).mean;
   const double new_error = predicted_error(correction.model, correction.luts, target).mean;
   const double noise = noise_difference(ramp, target.white);
@@ -40,7 +41,7 @@ bool keeps(const Options &options, const GrayRamp &ramp, const Target &target, L
   return true;
 }
 
-void run(const Options &options, const std::string &command_line) {
+void run(const RefineOptions &options, const std::string &command_line) {
   const TargetOptions target_options = complete(options.target);
   Target target = parse_target(target_options);
   require_apart(options.panel, options.target, options.report, options.luts, options.output);
@@ -65,7 +66,7 @@ void run(const Options &options, const std::string &command_line) {
 } // namespace
 
 void add_refine(CLI::App &app, const std::string &command_line) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<RefineOptions>();
   CLI::App *command = app.add_subcommand("refine", "Make better LUTs from a gray ramp measured through LUTs");
   add_panel_options(command, options->panel);
   command

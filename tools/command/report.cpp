@@ -9,14 +9,14 @@
 
 namespace {
 
-struct Options {
+struct ReportCommandOptions {
   PanelOptions panel;
   std::string luts;
   TargetOptions target;
   ReportOptions report;
 };
 
-void run(const Options &options, const std::string &command_line) {
+void run(const ReportCommandOptions &options, const std::string &command_line) {
   require_apart(options.panel, options.target, options.report, options.luts, "");
   ReportSource source;
   const TargetOptions target_options = complete(options.target);
@@ -51,7 +51,7 @@ void run(const Options &options, const std::string &command_line) {
 } // namespace
 
 void add_report(CLI::App &app, const std::string &command_line) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ReportCommandOptions>();
   CLI::App *command = app.add_subcommand("report", "Write the calibration report of a panel and its LUTs");
   add_panel_options(command, options->panel);
   command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file")->required();

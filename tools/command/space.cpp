@@ -11,7 +11,7 @@
 
 namespace {
 
-struct Options {
+struct SpaceOptions {
   Space space;
   std::optional<Space> to;
   bool json = false;
@@ -31,7 +31,7 @@ struct Description {
   std::vector<NamedMatrix> matrices;
 };
 
-Description describe(const Options &options) {
+Description describe(const SpaceOptions &options) {
   const vexo_cs &cs = options.space.cs;
   const auto p = properties(cs);
   if (!p) {
@@ -87,7 +87,7 @@ Json json_of(const Description &d) {
   return document;
 }
 
-void run(const Options &options) {
+void run(const SpaceOptions &options) {
   const Description d = describe(options);
   options.json ? print_json(json_of(d)) : print_text(d);
 }
@@ -95,8 +95,8 @@ void run(const Options &options) {
 } // namespace
 
 void add_space(CLI::App &app) {
-  auto [command, options] =
-      add_command(app, "space", "Describe an RGB colour space: points, luma weights, area and matrices", run);
+  auto [command, options] = add_command<SpaceOptions>(
+      app, "space", "Describe an RGB colour space: points, luma weights, area and matrices", run);
   add_parsed(command, "SPACE", options.space, parse_space, space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy")->required();
   add_parsed(command, "--to", options.to, parse_space,
              "Colour space to convert to: print the RGB to RGB matrices as well");

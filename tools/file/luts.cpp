@@ -21,10 +21,6 @@ const long long kLargest = 1 << 20; // entries; far beyond any hardware, and no 
 const int kLargestLog2 = 20;
 const size_t kMostIssues = 10000; // of a file
 
-[[noreturn]] void refuse(const std::string &path, const std::string &what) {
-  throw Failure(kInputError, input_name(path) + ": " + what);
-}
-
 void add_issue(LutScan &scan, const LutIssue &issue) {
   if (scan.issues.size() == kMostIssues) {
     throw Failure(kInputError, issue_text(scan, issue) + format("; more than %zu faults", kMostIssues));
@@ -62,7 +58,7 @@ std::string find_layout(const std::string &path, std::FILE *f) {
   }
   std::rewind(f);
   if (columns == 0) {
-    refuse(path, "no line of numbers, expected a LUT (listings cannot be read)");
+    refuse_input(input_name(path), "no line of numbers, expected a LUT (listings cannot be read)");
   }
   if (columns < 3) {
     return "column";
@@ -131,8 +127,8 @@ struct LutJudge {
 
   void check_header(const Remark &r, const char *keyword, long long min, long long max) const {
     if (r.found < min || r.found > max) {
-      refuse(scan.path + ":" + std::to_string(r.line),
-             format("%s %lld, expected %lld to %lld", keyword, r.found, min, max));
+      refuse_input(scan.path + ":" + std::to_string(r.line),
+                   format("%s %lld, expected %lld to %lld", keyword, r.found, min, max));
     }
   }
 };
@@ -244,7 +240,7 @@ LutScan scan_luts(const std::string &path, const std::string &layout) {
     check_ends(scan);
   }
   if (std::ferror(f.get()) != 0) { // to the library a file ends where reading does
-    refuse(path, "read failed");
+    refuse_input(input_name(path), "read failed");
   }
   return scan;
 }
@@ -260,7 +256,7 @@ LutSet load_luts(LutScan &scan) {
     }
   }
   if (!scan.complete) {
-    refuse(scan.path, "out of memory");
+    refuse_input(input_name(scan.path), "out of memory");
   }
   if (scan.layout != "column") {
     return std::move(scan.luts);

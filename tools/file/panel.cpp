@@ -15,12 +15,6 @@
 
 namespace {
 
-const size_t kCapacity = 64; // rows of vexo_lcnr
-
-[[noreturn]] void refuse(const std::string &path, const std::string &what) {
-  throw Failure(kInputError, path + ": " + what);
-}
-
 // Tables of readings begin with a letter, a digit, a quote or a comment.
 void check_kind(const std::string &name, const std::string &text) {
   const size_t first = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF"); // a byte order mark at the end
@@ -28,7 +22,8 @@ void check_kind(const std::string &name, const std::string &text) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '#' || c == '"';
   };
   if (first != std::string::npos && begins_table(text[first])) {
-    refuse(name, "not XML, expected an LCNR file; vexo measure import makes one of readings in CGATS (.ti3) and CSV");
+    refuse_input(name,
+                 "not XML, expected an LCNR file; vexo measure import makes one of readings in CGATS (.ti3) and CSV");
   }
 }
 
@@ -51,7 +46,7 @@ struct Document {
   bool operator()(const Remark &remark) {
     switch (remark.kind) {
     case Remark::element:
-      if (count++ < kCapacity) {
+      if (count++ < kPanelRows) {
         elements.push_back({static_cast<int>(remark.line)});
       }
       return true;
@@ -66,7 +61,7 @@ struct Document {
       return true;
     case Remark::refused:
       if (remark.line == 0) {
-        refuse(path, std::string("cannot read: ") + remark.text);
+        refuse_input(path, std::string("cannot read: ") + remark.text);
       }
       throw Failure(kInputError, format("%s:%ld: not XML: %s", path.c_str(), remark.line, remark.text));
     default:
@@ -100,19 +95,19 @@ void check_values(const Panel &panel) {
   const vexo_lcnr &lcnr = panel.lcnr;
   for (int i = 0; i < lcnr.num; i++) {
     if (!std::isfinite(lcnr.sample[i])) {
-      refuse(row_name(panel, i), "the level is not finite");
+      refuse_input(row_name(panel, i), "the level is not finite");
     }
     for (int n = 0; n < 9; n++) {
       if (!std::isfinite(lcnr.data[n / 3][n % 3][i])) {
-        refuse(row_name(panel, i), format("%s of %s is not finite", kComponents[n % 3], kChannels[n / 3]));
+        refuse_input(row_name(panel, i), format("%s of %s is not finite", kComponents[n % 3], kChannels[n / 3]));
       }
     }
     if (i == 0 && lcnr.sample[0] != 0.0F) {
-      refuse(row_name(panel, 0), "the first row is black and has level 0");
+      refuse_input(row_name(panel, 0), "the first row is black and has level 0");
     }
     if (i > 0 && !(lcnr.sample[i] > lcnr.sample[i - 1])) {
-      refuse(row_name(panel, i),
-             format("the level does not rise above the row before it (%g)", static_cast<double>(lcnr.sample[i - 1])));
+      refuse_input(row_name(panel, i), format("the level does not rise above the row before it (%g)",
+                                              static_cast<double>(lcnr.sample[i - 1])));
     }
   }
 }
@@ -128,8 +123,8 @@ void check_light(const Panel &panel) {
     const double full = static_cast<double>(panel.lcnr.data[c][1][top]);
     const double black = static_cast<double>(panel.lcnr.data[c][1][0]);
     if (!(sum_above_black(panel.lcnr, c, top) > 0.0F) || !(full > black)) {
-      refuse(row_name(panel, top),
-             format("the panel is black: %s at full drive has Y %g, black has %g", kChannels[c], full, black));
+      refuse_input(row_name(panel, top),
+                   format("the panel is black: %s at full drive has Y %g, black has %g", kChannels[c], full, black));
     }
   }
 }
@@ -158,7 +153,7 @@ Panel read_panel(const std::string &path) {
   check_kind(name, text);
   const File f(fmemopen(text.data(), text.size(), "r"));
   if (f == nullptr) {
-    refuse(name, "cannot read: out of memory");
+    refuse_input(name, "cannot read: out of memory");
   }
   Panel panel;
   panel.path = path;
@@ -166,10 +161,10 @@ Panel read_panel(const std::string &path) {
   judged(std::ref(document),
          [&](const Collector *collector) { return vexo_internal::read_lcnr(f.get(), &panel.lcnr, collector); });
   if (document.count == 0) {
-    refuse(name, "no LEVEL rows");
+    refuse_input(name, "no LEVEL rows");
   }
-  if (document.count < 2 || document.count > kCapacity) {
-    refuse(name, format("%zu LEVEL rows, expected 2 to %zu", document.count, kCapacity));
+  if (document.count < 2 || document.count > kPanelRows) {
+    refuse_input(name, format("%zu LEVEL rows, expected 2 to %zu", document.count, kPanelRows));
   }
   for (size_t row = 0; row < document.elements.size(); row++) {
     check_element(document, row);

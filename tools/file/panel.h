@@ -8,6 +8,9 @@
 #include "text/channels.h"
 #include "vexo.h"
 
+// Rows of an LCNR file.
+const size_t kPanelRows = sizeof vexo_lcnr::sample / sizeof(float);
+
 struct Panel {
   std::string path;
   vexo_lcnr lcnr = {};

@@ -4,13 +4,12 @@
 #include <iterator>
 #include <map>
 
+#include "file/panel.h"
 #include "text/channels.h"
 #include "text/failure.h"
 #include "text/format.h"
 
 namespace {
-
-const size_t kCapacity = sizeof vexo_lcnr::sample / sizeof(float); // rows of an LCNR file
 
 // The readings of one level, a mean for each channel.
 struct Level {
@@ -107,15 +106,15 @@ std::vector<float> choose(const Levels &levels, Notes &notes) {
   for (const auto &entry : levels) {
     all.push_back(entry.first);
   }
-  if (all.size() <= kCapacity) {
+  if (all.size() <= kPanelRows) {
     return all;
   }
   notes.push_back(
       format("%zu levels left out: a file holds %zu, an evenly spaced choice of the %zu with black and full drive",
-             all.size() - kCapacity, kCapacity, all.size()));
+             all.size() - kPanelRows, kPanelRows, all.size()));
   std::vector<float> chosen;
-  for (size_t i = 0; i < kCapacity; i++) {
-    chosen.push_back(all[i * (all.size() - 1) / (kCapacity - 1)]);
+  for (size_t i = 0; i < kPanelRows; i++) {
+    chosen.push_back(all[i * (all.size() - 1) / (kPanelRows - 1)]);
   }
   return chosen;
 }

@@ -7,10 +7,10 @@
 namespace {
 
 // Empty for none.
-std::string kelvin(int cct) { return cct > 0 ? std::to_string(cct) : ""; }
+std::string cct_field(int cct) { return cct > 0 ? std::to_string(cct) : ""; }
 
 std::string columns(const GrayFigure &g) {
-  return format(",%.6g,%.6f,%.6f,%s,%s", g.xyY.d[2], g.xyY.d[0], g.xyY.d[1], kelvin(g.cct).c_str(),
+  return format(",%.6g,%.6f,%.6f,%s,%s", g.xyY.d[2], g.xyY.d[0], g.xyY.d[1], cct_field(g.cct).c_str(),
                 std::isfinite(g.de2000) ? format("%.4f", g.de2000).c_str() : "");
 }
 
@@ -22,7 +22,7 @@ void write_csv(const Report &report, std::FILE *f) {
              "measured_dE2000\n",
              f);
   const vexo_vector &white = report.source.target.white.xyz;
-  const std::string white_cct = kelvin(report.target.summary.white_cct);
+  const std::string white_cct = cct_field(report.target.summary.white_cct);
   for (size_t i = 0; i < report.after.grays.size(); i += 5) {
     const GrayFigure &t = report.target.grays[i];
     std::fprintf(f, "%g,%.6g,%.6f,%.6f,%s", t.input * 100.0, t.XYZ.d[1], white.d[0], white.d[1], white_cct.c_str());
