@@ -4,7 +4,7 @@
 #include "tool.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  const char *const layouts[] = {"", "integer", "decimal", "column"};
+  const char *const layouts[] = {"", "integer", "decimal", "cube", "column"};
   const MemoryFile file(text_of(data, size));
   for (const char *layout : layouts) {
     accepted([&] {
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
       }
       LutSet luts = load_luts(scan);
       require(luts.size() == scan.size && scan.entries.size() == static_cast<size_t>(scan.size), "as many entries");
-      const float max_code = static_cast<float>((1LL << scan.bits) - 1);
+      const float max_code = scan.bits > 0 ? static_cast<float>((1LL << scan.bits) - 1) : 1.0F;
       for (int i = 0; i < scan.size && scan.layout != "column"; i++) {
         for (int c = 0; c < 3; c++) {
           const float code = scan.entries[static_cast<size_t>(i)].value[c];

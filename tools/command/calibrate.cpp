@@ -60,7 +60,7 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
   CLI::App *command = app.add_subcommand("calibrate", "Turn a panel's measurements into three correction LUTs");
   add_panel_options(command, options->panel);
   command->add_option("-o,--output", options->output,
-                      "LUT file to write, three columns of codes; - for standard output");
+                      "LUT file to write: three columns of codes, or a cube for .cube; - for standard output");
   add_target_options(command, options->target);
   command->add_option("--recipe", options->recipe, "How the LUTs are found")
       ->check(one_of(recipe_names()))

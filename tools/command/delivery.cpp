@@ -5,6 +5,7 @@
 
 #include "base/owners.h"
 #include "file/input.h"
+#include "file/lut1d-output.h"
 #include "file/output.h"
 #include "report/verdict.h"
 #include "text/failure.h"
@@ -18,10 +19,12 @@ std::string luts_text(const Delivery &d) {
   char *text = nullptr;
   size_t size = 0;
   std::FILE *stream = open_memstream(&text, &size);
-  const bool stored = stream != nullptr && vexo_luts_store_int(stream, d.correction->luts.get(), d.job->bits) >= 0;
+  if (stream != nullptr) {
+    store_luts(stream, {d.output, lut1d_layout_of(d.output), "red", d.job->bits}, d.correction->luts);
+  }
   const bool closed = stream != nullptr && std::fclose(stream) == 0;
   const vexo_internal::Block<char> owner(text);
-  if (!stored || !closed) {
+  if (!closed) {
     throw std::bad_alloc();
   }
   return {text, size};

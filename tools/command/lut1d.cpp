@@ -25,7 +25,7 @@ struct Lut1dOptions {
   DifferenceLimit limit;
 };
 
-const int kColumnBits = 10; // of codes made from a column, which has no depth
+const int kDefaultBits = 10; // of codes made from a column or a cube, which has no depth
 
 void print_figures(const char *name, const vexo_lut &lut, const vexo_lut &identity) {
   const auto [low, high] = std::minmax_element(lut.d, lut.d + lut.size);
@@ -63,13 +63,14 @@ void check(const Lut1dOptions &options) {
 
 void convert(const Lut1dOptions &options) {
   Lut1dOutput output = options.output;
+  output.layout = output.layout.empty() ? lut1d_layout_of(output.path) : output.layout;
   if (options.bits && !holds_codes(output.layout)) {
     throw Failure(kUsageError, "--bits: the layout " + output.layout + " holds decimal numbers, not codes");
   }
   require_apart({options.input.path}, {output.path});
   Lut1dFile in = read_with_warnings(options.input);
   LutSet luts = resampled(in.luts, options.entries.value_or(in.luts.size()));
-  output.bits = options.bits.value_or(in.scan.bits > 0 ? in.scan.bits : kColumnBits);
+  output.bits = options.bits.value_or(in.scan.bits > 0 ? in.scan.bits : kDefaultBits);
   write_luts(output, luts);
   const bool to_stdout = output.path == "-";
   std::fprintf(to_stdout ? stderr : stdout, "%s: %s\n%s: %s, %d entries%s\n", input_name(options.input.path).c_str(),
@@ -100,11 +101,10 @@ void add_convert(CLI::App &lut1d) {
       add_command<Lut1dOptions>(lut1d, "convert", "Write a LUT file in another layout, size or depth", convert);
   add_input(command, "FILE", options.input);
   command->add_option("OUT", options.output.path, "File to write; - for standard output")->required();
-  command->add_option("--to", options.output.layout, "Layout of the output")
-      ->check(one_of(lut1d_output_layouts()))
-      ->capture_default_str();
+  command->add_option("--to", options.output.layout, "Layout of the output (default: cube for .cube, else integer)")
+      ->check(one_of(lut1d_output_layouts()));
   command->add_option("--entries", options.entries, "Resample to this many entries")->check(whole_number(2, 65536));
-  command->add_option("--bits", options.bits, "Depth of the codes (default: that of the input; 10 for a column)")
+  command->add_option("--bits", options.bits, "Depth of the codes (default: that of the input; 10 where it has none)")
       ->check(whole_number(1, 30));
   command->add_option("--channel", options.output.channel, "Channel of a listing that holds one")
       ->check(one_of({std::begin(kChannels), std::end(kChannels)}))
@@ -121,9 +121,10 @@ void add_lut1d(CLI::App &app) {
                "  integer       the three columns of codes that calibrate writes\n"
                "  decimal       three columns of codes with fractions; its size line gives the base-2 logarithm of\n"
                "                the number of entries\n"
+               "  cube          three columns of fractions, as in .cube files with LUT_1D_SIZE\n"
                "  column        one column of any numbers; reading makes it rise from 0 to 1\n"
                "Layouts that can be written:\n"
-               "  integer       as above\n"
+               "  integer, cube as above\n"
                "  listing       for people: one channel, decimals\n"
                "  listing-int   for people: one channel, codes\n"
                "  listing-int3  for people: three channels, codes");

@@ -10,6 +10,8 @@
 
 namespace {
 
+const int kBitsOfFractions = 16; // of LUTs in a cube file
+
 struct RefineOptions {
   PanelOptions panel;
   std::string luts;
@@ -46,13 +48,17 @@ void run(const RefineOptions &options, const std::string &command_line) {
   Target target = parse_target(target_options);
   require_apart(options.panel, options.target, options.report, options.luts, options.output);
   PanelInput input = read_panel_input(options.panel);
-  LutScan scan = scan_luts(options.luts, "integer");
+  LutScan scan = scan_luts(options.luts, three_channel_layout(options.luts));
   LutSet before = load_luts(scan);
   const GrayRamp ramp = read_gray_ramp(options.report.verify, input.panel);
   input.evidence.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
   target = on_panel(target, model_of(input));
-  const RecipeJob job = {&recipe_named("solve"), target,    options.panel.conditions(),
-                         before.size(),          scan.bits, input.evidence};
+  const RecipeJob job = {&recipe_named("solve"),
+                         target,
+                         options.panel.conditions(),
+                         before.size(),
+                         scan.bits > 0 ? scan.bits : kBitsOfFractions,
+                         input.evidence};
   Correction correction = correct(input.panel, job);
   const bool kept = keeps(options, ramp, target, before, correction);
   if (kept) {
@@ -78,7 +84,8 @@ void add_refine(CLI::App &app, const std::string &command_line) {
                    "input, in the unit "
                    "of the panel file")
       ->required();
-  command->add_option("-o,--output", options->output, "LUT file to write; - for standard output")->required();
+  command->add_option("-o,--output", options->output, "LUT file to write, a cube for .cube; - for standard output")
+      ->required();
   add_target_options(command, options->target);
   add_from_option(command, options->target);
   command->add_option("--report", options->report.html, "HTML report to write; - for standard output");

@@ -1,5 +1,6 @@
 #include "file/luts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -9,6 +10,7 @@
 #include "base/lines.h"
 #include "base/numbers.h"
 #include "file/input.h"
+#include "file/lut1d-cube.h"
 #include "file/remarks.h"
 #include "text/channels.h"
 #include "text/failure.h"
@@ -21,49 +23,81 @@ const long long kLargest = 1 << 20; // entries; far beyond any hardware, and no 
 const int kLargestLog2 = 20;
 const size_t kMostIssues = 10000; // of a file
 
-void add_issue(LutScan &scan, const LutIssue &issue) {
-  if (scan.issues.size() == kMostIssues) {
-    throw Failure(kInputError, issue_text(scan, issue) + format("; more than %zu faults", kMostIssues));
-  }
-  scan.issues.push_back(issue);
-}
+// What tells the layout of a file.
+struct Clues {
+  long long size = -1; // as the last size line says
+  bool has_bits = false;
+  long long count = 0; // lines that begin with a number
+  size_t columns = 0;  // of the first of them, whatever separates them
+  bool blanks = true;  // only blanks separate them
+  bool fractions = false;
+  bool within_1 = true; // no number is above 1
+};
 
-// How many numbers a line begins with, up to three.
-int leading_numbers(const char *text, const char *limit) {
-  int count = 0;
-  for (float number = 0.0F; count < 3; count++) {
-    text = vexo_internal::scan(text, limit, &number);
-    if (text == nullptr) {
-      break;
-    }
+// The numbers between blanks, commas, semicolons and colons of a line, up to a comment; of words that are none, those
+// that hold a digit count as well.
+size_t count_columns(const std::string &line) {
+  const std::string text = line.substr(0, line.find('#'));
+  const char *const separators = " \t\r\n,;:";
+  size_t count = 0;
+  for (size_t at = 0; (at = text.find_first_not_of(separators, at)) != std::string::npos;) {
+    const size_t end = std::min(text.find_first_of(separators, at), text.size());
+    const size_t digit = text.find_first_of("0123456789", at);
+    count += digit < end ? 1 : 0;
+    at = end;
   }
   return count;
 }
 
-// By the first line of numbers; codes with fractions, and as many lines as 2 to the power of the size, tell decimal
-// files from integer ones.
-std::string find_layout(const std::string &path, std::FILE *f) {
-  long long size = -1;
-  long long count = 0;
-  int columns = 0;
-  bool fractions = false;
+void look(Clues &clues, const char *text, const char *limit) {
+  float value = 0.0F;
+  const char *rest = vexo_internal::scan(text, limit, &value);
+  if (rest == nullptr) {
+    return;
+  }
+  if (clues.count++ == 0) {
+    clues.columns = count_columns(text);
+    clues.blanks = std::string(text, std::strcspn(text, "#")).find_first_of(",;:") == std::string::npos;
+  }
+  clues.fractions = clues.fractions || std::strpbrk(text, ".eE") != nullptr;
+  for (; rest != nullptr; rest = vexo_internal::scan(rest, limit, &value)) {
+    clues.within_1 = clues.within_1 && value <= 1.0F;
+  }
+}
+
+Clues clues_of(std::FILE *f) {
+  Clues clues;
   for (vexo_internal::StreamLines<1024> lines(f); lines.next();) {
-    const int found = leading_numbers(lines.text(), lines.limit());
-    if (std::sscanf(lines.text(), "LUT_1D_SIZE %lld", &size) == 1 || found == 0) {
-      continue;
+    clues.has_bits = clues.has_bits || std::strncmp(lines.text(), "LUT_1D_BITS", 11) == 0;
+    if (std::sscanf(lines.text(), "LUT_1D_SIZE %lld", &clues.size) != 1) {
+      look(clues, lines.text(), lines.limit());
     }
-    columns = columns == 0 ? found : columns;
-    count++;
-    fractions = fractions || std::strpbrk(lines.text(), ".eE") != nullptr;
   }
   std::rewind(f);
-  if (columns == 0) {
-    refuse_input(input_name(path), "no line of numbers, expected a LUT (listings cannot be read)");
+  return clues;
+}
+
+// Codes with fractions, and as many lines as 2 to the power of the size, tell decimal files from integer ones. Values
+// of 0 to 1, as many as the size says, are a cube, whatever its name.
+std::string find_layout(const std::string &path, const Clues &clues) {
+  if (has_extension(path, ".cube") && !clues.has_bits) {
+    return "cube";
   }
-  if (columns < 3) {
+  if (clues.columns != 1 && !(clues.columns == 3 && clues.blanks)) {
+    refuse_input(
+        input_name(path),
+        format("%zu columns of numbers%s, expected one, or three with blanks between them; leave out what is no "
+               "value, such as an index, or give --from column to read the first",
+               clues.columns, clues.blanks ? "" : " between commas or other marks"));
+  }
+  if (clues.columns == 1) {
     return "column";
   }
-  return fractions || (size > 2 && size <= kLargestLog2 && count == 1LL << size) ? "decimal" : "integer";
+  if (!clues.has_bits && clues.within_1 && clues.count == clues.size) {
+    return "cube";
+  }
+  const bool power = clues.size > 2 && clues.size <= kLargestLog2 && clues.count == 1LL << clues.size;
+  return clues.fractions || power ? "decimal" : "integer";
 }
 
 void judge_codes(LutScan &scan, const Remark &entry) {
@@ -167,6 +201,36 @@ void check_ends(LutScan &scan) {
   }
 }
 
+// Fractions, taken as codes of a depth that the file does not tell, are all 0.
+void check_depth(LutScan &scan) {
+  for (int c = 0; c < 3; c++) {
+    float highest = 0.0F;
+    for (const LutEntry &entry : scan.entries) {
+      highest = std::max(highest, entry.value[c]);
+    }
+    if (highest > 0.0F && highest <= 1.0F) {
+      const std::string what = format(
+          "%s is at most %g where codes of %d bits are assumed; give codes the lines LUT_1D_SIZE and LUT_1D_BITS, "
+          "and fractions the line LUT_1D_SIZE with --from cube",
+          kChannels[c], static_cast<double>(highest), scan.bits);
+      scan.issues.insert(scan.issues.begin(), {0, true, what});
+      return;
+    }
+  }
+}
+
+void scan_lines(LutScan &scan, std::FILE *f) {
+  const bool column = scan.layout == "column";
+  const auto read = column                     ? vexo_internal::read_column
+                    : scan.layout == "decimal" ? vexo_internal::read_decimal_luts
+                                               : vexo_internal::read_integer_luts;
+  const Judge judge = column ? Judge([&](const Remark &r) { return judge_column(scan, r); }) : LutJudge{scan};
+  scan.complete = judged(judge, [&](const Collector *collector) { return read(f, scan.luts.get(), collector); }) == 0;
+  if (column) {
+    check_ends(scan);
+  }
+}
+
 } // namespace
 
 LutSet::LutSet(int size) {
@@ -221,28 +285,33 @@ void round_to_codes(LutSet &luts, int bits) {
 }
 
 LutScan scan_luts(const std::string &path, const std::string &layout) {
-  if (!layout.empty() && layout != "integer" && layout != "decimal" && layout != "column") {
-    throw Failure(kUsageError, "--from '" + layout + "': expected integer, decimal or column");
-  }
   LutScan scan;
   scan.path = path;
   const File f = open_input(path, "a LUT file");
-  const std::string found = find_layout(path, f.get());
-  scan.layout = layout.empty() ? found : layout;
-  const bool column = scan.layout == "column";
-  const auto read = column                     ? vexo_internal::read_column
-                    : scan.layout == "decimal" ? vexo_internal::read_decimal_luts
-                                               : vexo_internal::read_integer_luts;
-  const Judge judge = column ? Judge([&](const Remark &r) { return judge_column(scan, r); }) : LutJudge{scan};
-  scan.complete =
-      judged(judge, [&](const Collector *collector) { return read(f.get(), scan.luts.get(), collector); }) == 0;
-  if (column) {
-    check_ends(scan);
+  const Clues clues = clues_of(f.get());
+  if (clues.count == 0) {
+    refuse_input(input_name(path), "no line of numbers, expected a LUT (listings cannot be read)");
+  }
+  scan.layout = layout.empty() ? find_layout(path, clues) : layout;
+  if (scan.layout == "cube") {
+    scan_cube1d(scan, f.get());
+  } else {
+    scan_lines(scan, f.get());
+    if (scan.layout != "column" && !clues.has_bits) {
+      check_depth(scan);
+    }
   }
   if (std::ferror(f.get()) != 0) { // to the library a file ends where reading does
     refuse_input(input_name(path), "read failed");
   }
   return scan;
+}
+
+void add_issue(LutScan &scan, const LutIssue &issue) {
+  if (scan.issues.size() == kMostIssues) {
+    throw Failure(kInputError, issue_text(scan, issue) + format("; more than %zu faults", kMostIssues));
+  }
+  scan.issues.push_back(issue);
 }
 
 std::string issue_text(const LutScan &scan, const LutIssue &issue) {
@@ -268,7 +337,9 @@ LutSet load_luts(LutScan &scan) {
   return luts;
 }
 
+std::string three_channel_layout(const std::string &path) { return has_extension(path, ".cube") ? "" : "integer"; }
+
 LutSet read_luts(const std::string &path) {
-  LutScan scan = scan_luts(path, "integer");
+  LutScan scan = scan_luts(path, three_channel_layout(path));
   return load_luts(scan);
 }

@@ -36,8 +36,8 @@ LutSet resampled(LutSet &luts, int size);
 void round_to_codes(LutSet &luts, int bits);
 
 // The text layouts that can be read: "integer", three columns of codes; "decimal", three columns of codes that may have
-// fractions, its size line giving the base-2 logarithm of the entry count; "column", one column of any numbers, which
-// reading makes strictly increasing from 0 to 1.
+// fractions, its size line giving the base-2 logarithm of the entry count; "cube", three columns of fractions below a
+// LUT_1D_SIZE line; "column", one column of any numbers, which reading makes strictly increasing from 0 to 1.
 
 struct LutIssue {
   long line;  // 0 for the file as a whole
@@ -55,7 +55,7 @@ struct LutScan {
   std::string path;
   std::string layout;
   int size = 0; // entries that the file should hold
-  int bits = 0; // 0 in a column
+  int bits = 0; // of codes, else 0
   std::vector<LutEntry> entries;
   std::vector<LutIssue> issues;
   LutSet luts;           // as the library reads the file; a column in the first
@@ -65,13 +65,19 @@ struct LutScan {
 // layout: empty to find out. Throws a Failure: usage for an unknown layout; input where no entry can be told.
 LutScan scan_luts(const std::string &path, const std::string &layout);
 
+// Throws a Failure (input) where a file has more than 10000 issues.
+void add_issue(LutScan &scan, const LutIssue &issue);
+
 // "FILE:LINE: what"
 std::string issue_text(const LutScan &scan, const LutIssue &issue);
 
 // Takes the LUTs of a file without fatal issues; a column three times. Throws a Failure (input).
 LutSet load_luts(LutScan &scan);
 
-// Scans and loads a three-channel integer file. Throws a Failure (input).
+// The layout of LUTs for the calibration: empty for a name that ends in .cube, else integer.
+std::string three_channel_layout(const std::string &path);
+
+// Scans and loads a file in that layout. Throws a Failure (input).
 LutSet read_luts(const std::string &path);
 
 #endif
