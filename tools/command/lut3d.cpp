@@ -7,8 +7,10 @@
 #include "command/difference-limit.h"
 #include "command/lut3d-input.h"
 #include "file/apart.h"
+#include "file/input.h"
 #include "lut/lut3d-statistics.h"
 #include "text/channels.h"
+#include "text/failure.h"
 #include "text/format.h"
 
 namespace {
@@ -34,9 +36,6 @@ void print_range(const Lut3dRange &range) {
   for (int c = 0; c < 3; c++) {
     std::printf("Range      %-6s %.8g to %.8g\n", kChannels[c], range.lowest[c], range.highest[c]);
   }
-  if (range.not_finite > 0) {
-    std::printf("           %ld values are not finite\n", range.not_finite);
-  }
 }
 
 void print_gray_axis(const Lut3dGrayAxis &axis) {
@@ -55,30 +54,40 @@ void info(const Lut3dOptions &options) {
   vexo_3dlut *lut = file.lut.get();
   const int size = vexo_3dlut_size(lut);
   const char *title = vexo_3dlut_title(lut);
-  std::printf("File       %s\n", options.input.path.c_str());
+  std::printf("File       %s\n", input_name(options.input.path).c_str());
   std::printf("Format     %s%s%s\n", file.format.c_str(), file.bits > 0 ? format(", %d bits", file.bits).c_str() : "",
               file.version > 0 ? format(", version 0x%08x", file.version).c_str() : "");
-  std::printf("Title      %s\n", title != nullptr ? title : "(none)");
+  std::printf("Title      %s\n", title != nullptr ? visible(title).c_str() : "(none)");
   std::printf("Size       %d x %d x %d\n", size, size, size);
+  const bool unit_inputs = file.domain == Lut3dDomain{};
+  if (!unit_inputs) {
+    std::printf("Inputs     %s\n", describe(file.domain).c_str());
+  }
   print_range(value_range(lut));
   print_extents("Step       ", neighbour_steps(lut));
-  const Lut3d identity = new_lut3d(size, "");
-  vexo_3dlut_init_unit(identity.get());
-  print_extents("Identity   ", difference(lut, identity.get()));
+  if (unit_inputs) {
+    const Lut3d identity = new_lut3d(size, "");
+    vexo_3dlut_init_unit(identity.get());
+    print_extents("Identity   ", difference(lut, identity.get()));
+  }
   print_gray_axis(gray_axis(lut));
 }
 
 void convert(const Lut3dOptions &options) {
   require_apart({options.input.path}, {options.output.path});
   Lut3dFile file = read_with_warnings(options.input);
-  check_output(options.output, options.size.value_or(vexo_3dlut_size(file.lut.get())));
+  Lut3dOutput output = options.output;
+  output.domain = file.domain;
+  output.source = input_name(options.input.path);
+  output.title_given = options.title.has_value();
+  check_output(output, options.size.value_or(vexo_3dlut_size(file.lut.get())));
   if (options.size) {
     file.lut = resampled(file.lut.get(), *options.size);
   }
   if (options.title) {
     vexo_3dlut_set_title(file.lut.get(), options.title->c_str());
   }
-  write_lut3d(options.output, file.lut.get());
+  write_lut3d(output, file.lut.get());
 }
 
 void identity(const Lut3dOptions &options) {
@@ -92,8 +101,15 @@ void diff(const Lut3dOptions &options) {
   require_apart({options.input.path, options.other}, {});
   Lut3dInput other = options.input;
   other.path = options.other;
-  Lut3d a = read_with_warnings(options.input).lut;
-  Lut3d b = read_with_warnings(other).lut;
+  Lut3dFile file_a = read_with_warnings(options.input);
+  Lut3dFile file_b = read_with_warnings(other);
+  if (!(file_a.domain == file_b.domain)) {
+    throw Failure(kInputError, format("inputs differ: %s in %s, %s in %s", describe(file_a.domain).c_str(),
+                                      input_name(options.input.path).c_str(), describe(file_b.domain).c_str(),
+                                      input_name(options.other).c_str()));
+  }
+  Lut3d &a = file_a.lut;
+  Lut3d &b = file_b.lut;
   const int size_a = vexo_3dlut_size(a.get());
   const int size_b = vexo_3dlut_size(b.get());
   if (size_a != size_b) {

@@ -2,11 +2,14 @@
 
 #include <cmath>
 #include <cstring>
+#include <iterator>
+#include <sstream>
 #include <utility>
 
 #include "file/input.h"
 #include "file/output.h"
 #include "file/remarks.h"
+#include "text/channels.h"
 #include "text/failure.h"
 #include "text/format.h"
 #include "text/grammar.h"
@@ -14,20 +17,12 @@
 
 namespace {
 
-// The format's limits, how it is told by a file name, and its writer; a text format without codes has bits of 0.
-struct Format {
-  const char *name;
-  const char *extension; // "" where only the name tells
-  int min_bits;
-  int max_bits;
-  int default_bits;
-  int min_size;
-  int max_size;       // 0: no limit
-  size_t title_limit; // 0: none
-  void (*write)(vexo_3dlut *lut, std::FILE *f, int bits);
-};
-
 void write_cube(vexo_3dlut *lut, std::FILE *f, int /*bits*/) { vexo_3dlut_dump_cube(lut, f); }
+void write_domain(std::FILE *f, const Lut3dDomain &domain) {
+  const std::vector<float> &a = domain.min;
+  const std::vector<float> &b = domain.max;
+  std::fprintf(f, "DOMAIN_MIN %.9g %.9g %.9g\nDOMAIN_MAX %.9g %.9g %.9g\n", a[0], a[1], a[2], b[0], b[1], b[2]);
+}
 void write_cfe(vexo_3dlut *lut, std::FILE *f, int /*bits*/) { vexo_3dlut_dump_cfe(lut, f, nullptr, nullptr); }
 void write_dat(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_dat(lut, f, bits); }
 void write_dat12(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_dat_12bit(lut, f, bits); }
@@ -36,46 +31,16 @@ void write_coe(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_coe(lu
 void write_debug(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_debug(lut, f, bits); }
 void write_debug_gray(vexo_3dlut *lut, std::FILE *f, int bits) { vexo_3dlut_dump_1dlut_debug(lut, f, bits); }
 
-// Name, extension; bits from, to, default; size from, to; characters of the title; writer. The packed header holds the
-// size in a byte.
-const Format kFormats[] = {
-    {"cube", ".cube", 0, 0, 0, 1, 0, 0, write_cube},          {"cfe", ".cfe", 0, 0, 0, 1, 0, 0, write_cfe},
-    {"dat", ".dat", 1, 10, 10, 1, 255, 16, write_dat},        {"dat12", "", 12, 12, 12, 33, 33, 16, write_dat12},
-    {"dat-old", "", 1, 10, 10, 2, 256, 16, write_dat_old},    {"eecolor", ".txt", 0, 0, 0, 1, 0, 0, nullptr},
-    {"coe", ".coe", 1, 10, 10, 2, 0, 0, write_coe},           {"debug", "", 1, 30, 10, 1, 0, 0, write_debug},
-    {"debug-gray", "", 1, 30, 10, 1, 0, 0, write_debug_gray},
-};
-
-std::vector<std::string> format_names() {
-  std::vector<std::string> names;
-  for (const Format &format : kFormats) {
-    names.emplace_back(format.name);
-  }
-  return names;
-}
-
-const Format &find_format(const std::string &option, const std::string &name, const std::string &path) {
-  const std::string known = name.empty() ? "" : parse_name(option, name, format_names());
-  for (const Format &format : kFormats) {
-    if (name.empty() ? *format.extension != '\0' && has_extension(path, format.extension) : known == format.name) {
-      return format;
-    }
-  }
-  throw Failure(kUsageError,
-                path + ": its name tells no format, expected " + option + " with one of " + lut3d_format_names());
-}
-
 [[noreturn]] void unreadable(const Lut3dInput &input, const std::string &what) {
   throw Failure(kInputError, input_name(input.path) + ": " + what);
 }
-
-const size_t kMostWarnings = 1000; // of a file
 
 // What a cube file holds beside what its reader takes.
 struct CubeJudge {
   const Lut3dInput &input;
   std::FILE *f;
   std::vector<std::string> warnings;
+  Lut3dDomain domain;
   long long size = 0; // 0 in the header
   bool skipped = false;
 
@@ -91,9 +56,7 @@ struct CubeJudge {
       judge_line(r);
       return true;
     case Remark::too_many:
-      warn(r, format("more than the %lld entries of LUT_3D_SIZE %lld; this row and those after it are not read",
-                     r.expected, size));
-      return false;
+      refuse(r, format("more than the %lld entries of LUT_3D_SIZE %lld", r.expected, size));
     case Remark::no_size:
       if (std::ferror(f) == 0) {
         unreadable(input, "no LUT_3D_SIZE line");
@@ -110,60 +73,66 @@ struct CubeJudge {
     }
   }
 
-  std::string at(const Remark &r) const { return format("%s:%ld: ", input_name(input.path).c_str(), r.line); }
-
-  [[noreturn]] void refuse(const Remark &r, const std::string &what) const { throw Failure(kInputError, at(r) + what); }
-
-  void warn(const Remark &r, const std::string &what) {
-    if (warnings.size() == kMostWarnings) {
-      refuse(r, what + format("; more than %zu warnings", kMostWarnings));
-    }
-    warnings.push_back(at(r) + what);
+  [[noreturn]] void refuse(const Remark &r, const std::string &what) const {
+    refuse_input(format("%s:%ld", input_name(input.path).c_str(), r.line), what);
   }
 
   // Of the lines among the entries that are not understood, only the first is named.
   void judge_line(const Remark &line) {
-    if (!check_keyword(line) && size > 0 && !blank(line.text) && !skipped) {
+    if (!take_keyword(line) && size > 0 && !blank(line.text) && !skipped) {
       skipped = true;
-      warn(line, "not three numbers, skipped");
+      warnings.push_back(format("%s:%ld: not three numbers, skipped", input_name(input.path).c_str(), line.line));
     }
   }
 
-  // Warns about a keyword that changes what the entries mean. Returns whether the line holds any keyword.
-  bool check_keyword(const Remark &line) {
-    const char *text = line.text;
-    if (text[0] == '#') {
-      return true;
+  // Keywords that change what the entries mean. Returns whether the line holds any keyword.
+  bool take_keyword(const Remark &line) {
+    std::istringstream in(line.text);
+    const std::vector<std::string> words{std::istream_iterator<std::string>(in), {}};
+    const std::string name = words.empty() ? "" : words[0];
+    if (name == "LUT_1D_SIZE") {
+      refuse(line, "LUT_1D_SIZE: a 1D LUT, expected a 3D LUT alone (vexo lut1d reads 1D LUTs)");
+    } else if (name == "DOMAIN_MIN") {
+      domain.min = inputs(line, words, 3);
+    } else if (name == "DOMAIN_MAX") {
+      domain.max = inputs(line, words, 3);
+    } else if (name == "LUT_3D_INPUT_RANGE") {
+      const std::vector<float> range = inputs(line, words, 2);
+      domain = {std::vector<float>(3, range[0]), std::vector<float>(3, range[1])};
     }
-    float v[3];
-    if (std::sscanf(text, " DOMAIN_MIN %f %f %f", &v[0], &v[1], &v[2]) == 3) {
-      warn_unless(line, v, 0.0F, "DOMAIN_MIN");
-    } else if (std::sscanf(text, " DOMAIN_MAX %f %f %f", &v[0], &v[1], &v[2]) == 3) {
-      warn_unless(line, v, 1.0F, "DOMAIN_MAX");
-    } else if (std::strstr(text, "LUT_3D_INPUT_RANGE") != nullptr) {
-      warn(line, "LUT_3D_INPUT_RANGE is not applied: inputs are taken as 0 to 1");
-    } else if (std::strstr(text, "LUT_1D_SIZE") != nullptr) {
-      warn(line, "LUT_1D_SIZE: a 1D shaper is not applied, and its rows are read as the first entries of the 3D table");
-    } else {
-      return text[0] >= 'A' && text[0] <= 'Z';
-    }
-    return true;
+    return line.text[0] == '#' || (line.text[0] >= 'A' && line.text[0] <= 'Z');
   }
 
-  void warn_unless(const Remark &line, const float (&v)[3], float expected, const char *keyword) {
-    if (v[0] != expected || v[1] != expected || v[2] != expected) {
-      warn(line, format("%s %g %g %g is not applied: inputs are taken as 0 to 1", keyword, static_cast<double>(v[0]),
-                        static_cast<double>(v[1]), static_cast<double>(v[2])));
+  std::vector<float> inputs(const Remark &line, const std::vector<std::string> &words, size_t count) const {
+    std::vector<float> values;
+    for (size_t i = 1; i < words.size(); i++) {
+      if (const auto value = finite_number(words[i])) {
+        values.push_back(*value);
+      }
+    }
+    if (words.size() != count + 1 || values.size() != count) {
+      refuse(line, join(words) + format(", expected %zu numbers", count));
+    }
+    return values;
+  }
+
+  void check_domain() const {
+    for (size_t c = 0; c < 3; c++) {
+      if (!(domain.min[c] < domain.max[c])) {
+        unreadable(input, "inputs from " + describe(domain) + ", expected a range above 0");
+      }
     }
   }
 };
 
 Lut3dFile read_cube(const Lut3dInput &input, std::FILE *f) {
   Lut3dFile file;
-  CubeJudge judge = {input, f, {}};
+  CubeJudge judge = {input, f, {}, {}};
   file.lut = judged(std::ref(judge),
                     [f](const Collector *collector) { return Lut3d(vexo_internal::read_cube(f, collector)); });
+  judge.check_domain();
   file.warnings = std::move(judge.warnings);
+  file.domain = std::move(judge.domain);
   return file;
 }
 
@@ -241,45 +210,123 @@ Lut3dFile read_dat(const Lut3dInput &input, std::FILE *f) {
   return file;
 }
 
-// In a cube file the title ends at a quote or at the end of a line that its reader sees as a whole.
-void check_title(const Format &f, const char *title) {
-  const size_t longest = 246;
-  if (f.write == write_cube && title != nullptr &&
-      (std::strpbrk(title, "\"\r\n") != nullptr || std::strlen(title) > longest)) {
-    throw Failure(kUsageError, format("--title: the format %s carries up to %zu bytes without quotes and line breaks",
-                                      f.name, longest));
+// The format's limits, how it is told by a file name, its reader and its writer; a text format without codes has bits
+// of 0.
+struct Format {
+  const char *name;
+  const char *extension; // "" where only the name tells
+  int min_bits;
+  int max_bits;
+  int default_bits;
+  int min_size;
+  int max_size;       // 0: no limit
+  size_t title_limit; // 0: none
+  Lut3dFile (*read)(const Lut3dInput &input, std::FILE *f);
+  void (*write)(vexo_3dlut *lut, std::FILE *f, int bits);
+};
+
+// Name, extension; bits from, to, default; size from, to; characters of the title; reader, writer. The packed header
+// holds the size in a byte.
+const Format kFormats[] = {
+    {"cube", ".cube", 0, 0, 0, 1, 0, 0, read_cube, write_cube},
+    {"cfe", ".cfe", 0, 0, 0, 1, 0, 0, read_cube, write_cfe},
+    {"dat", ".dat", 1, 10, 10, 1, 255, 16, read_dat, write_dat},
+    {"dat12", "", 12, 12, 12, 33, 33, 16, nullptr, write_dat12},
+    {"dat-old", "", 1, 10, 10, 2, 256, 16, nullptr, write_dat_old},
+    {"eecolor", ".txt", 0, 0, 0, 1, 0, 0, read_eecolor, nullptr},
+    {"coe", ".coe", 1, 10, 10, 2, 0, 0, nullptr, write_coe},
+    {"debug", "", 1, 30, 10, 1, 0, 0, nullptr, write_debug},
+    {"debug-gray", "", 1, 30, 10, 1, 0, 0, nullptr, write_debug_gray},
+};
+
+// Those that can be read, or those that can be written.
+template <typename Function> std::vector<std::string> names_with(Function Format::*function) {
+  std::vector<std::string> names;
+  for (const Format &format : kFormats) {
+    if (format.*function != nullptr) {
+      names.emplace_back(format.name);
+    }
   }
+  return names;
+}
+
+// The format of a name, or of a path's extension, among those that can be read or written.
+template <typename Function>
+const Format &find_format(Function Format::*function, const std::string &option, const std::string &name,
+                          const std::string &path) {
+  const std::vector<std::string> names = names_with(function);
+  const std::string known = name.empty() ? "" : parse_name(option, name, names);
+  for (const Format &format : kFormats) {
+    const bool told =
+        name.empty() ? *format.extension != '\0' && has_extension(path, format.extension) : known == format.name;
+    if (told && format.*function != nullptr) {
+      return format;
+    }
+  }
+  throw Failure(kUsageError, path + ": its name tells no format, expected " + option + " with one of " + join(names));
+}
+
+void check_finite(const Lut3dInput &input, vexo_3dlut *lut) {
+  const int size = vexo_3dlut_size(lut);
+  for (int i = 0; i < size * size * size; i++) {
+    const int bi = i / size / size;
+    const int gi = i / size % size;
+    const int ri = i % size;
+    const auto &rgb = vexo_3dlut_item(lut, bi, gi, ri)->d;
+    for (int c = 0; c < 3; c++) {
+      if (!std::isfinite(rgb[c])) {
+        unreadable(input, format("entry %d (blue %d, green %d, red %d): %s is %g, expected a finite number", i + 1, bi,
+                                 gi, ri, kChannels[c], static_cast<double>(rgb[c])));
+      }
+    }
+  }
+}
+
+// In a cube file the title ends at a quote or at the end of a line that its reader sees as a whole.
+void check_title(const Lut3dOutput &output, const Format &f, const char *title) {
+  const size_t longest = 246;
+  if (f.write != write_cube || title == nullptr ||
+      (std::strpbrk(title, "\"\r\n") == nullptr && std::strlen(title) <= longest)) {
+    return;
+  }
+  const std::string carried =
+      format("the format %s carries up to %zu bytes without quotes and line breaks", f.name, longest);
+  if (output.title_given || output.source.empty()) {
+    throw Failure(kUsageError, "--title: " + carried);
+  }
+  refuse_input(output.source, "title '" + visible(title) + "': " + carried + "; --title gives another");
 }
 
 } // namespace
 
 Lut3dFile read_lut3d(const Lut3dInput &input) {
-  const Format &format = find_format("--from", input.format, input.path);
-  const std::string name = format.name;
-  Lut3dFile (*read)(const Lut3dInput &, std::FILE *) = name == "cube" || name == "cfe" ? read_cube
-                                                       : name == "dat"                 ? read_dat
-                                                       : name == "eecolor"             ? read_eecolor
-                                                                                       : nullptr;
-  if (read == nullptr) {
-    throw Failure(kUsageError,
-                  "--from " + name + ": this format can be written only, expected cube, cfe, dat or eecolor");
-  }
+  const Format &format = find_format(&Format::read, "--from", input.format, input.path);
   const File f = open_input(input.path, "a 3D LUT");
-  Lut3dFile file = read(input, f.get());
-  file.format = name;
+  Lut3dFile file = format.read(input, f.get());
+  file.format = format.name;
   if (file.lut == nullptr) {
     unreadable(input, std::ferror(f.get()) != 0 ? "read failed" : "out of memory");
   }
+  check_finite(input, file.lut.get());
   if (input.strict && !file.warnings.empty()) {
     throw Failure(kInputError, file.warnings.front());
   }
   return file;
 }
 
+bool operator==(const Lut3dDomain &a, const Lut3dDomain &b) { return a.min == b.min && a.max == b.max; }
+
+std::string describe(const Lut3dDomain &domain) {
+  const std::vector<float> &a = domain.min;
+  const std::vector<float> &b = domain.max;
+  return format("%g %g %g to %g %g %g", a[0], a[1], a[2], b[0], b[1], b[2]);
+}
+
 void check_output(const Lut3dOutput &output, int size) {
-  const Format &f = find_format("--to", output.format, output.path);
-  if (f.write == nullptr) {
-    throw Failure(kUsageError, std::string("--to ") + f.name + ": this format can be read only");
+  const Format &f = find_format(&Format::write, "--to", output.format, output.path);
+  if (f.write != write_cube && !(output.domain == Lut3dDomain{})) {
+    refuse_input(output.source, "inputs from " + describe(output.domain) + ", which the format " + f.name +
+                                    " does not carry, expected 0 to 1");
   }
   const int bits = output.bits > 0 ? output.bits : f.default_bits;
   if (output.bits > 0 && f.max_bits == 0) {
@@ -302,14 +349,17 @@ void check_output(const Lut3dOutput &output, int size) {
 
 void write_lut3d(const Lut3dOutput &output, vexo_3dlut *lut) {
   check_output(output, vexo_3dlut_size(lut));
-  const Format &format = find_format("--to", output.format, output.path);
+  const Format &format = find_format(&Format::write, "--to", output.format, output.path);
   const char *title = vexo_3dlut_title(lut);
   if (format.title_limit > 0 && title != nullptr && std::strlen(title) > format.title_limit) {
     std::fprintf(stderr, "vexo: warning: the title '%s' is cut to the %zu characters that the format %s carries\n",
-                 title, format.title_limit, format.name);
+                 visible(title).c_str(), format.title_limit, format.name);
   }
-  check_title(format, title);
+  check_title(output, format, title);
   OutputFile file(output.path);
+  if (!(output.domain == Lut3dDomain{})) {
+    write_domain(file.stream(), output.domain);
+  }
   format.write(lut, file.stream(), output.bits > 0 ? output.bits : format.default_bits);
   file.commit();
 }
@@ -330,16 +380,6 @@ Lut3d resampled(vexo_3dlut *src, int size) {
   return lut;
 }
 
-std::string lut3d_format_names() { return join(format_names()); }
+std::vector<std::string> lut3d_input_formats() { return names_with(&Format::read); }
 
-std::vector<std::string> lut3d_input_formats() { return {"cube", "cfe", "dat", "eecolor"}; }
-
-std::vector<std::string> lut3d_output_formats() {
-  std::vector<std::string> names;
-  for (const Format &format : kFormats) {
-    if (format.write != nullptr) {
-      names.emplace_back(format.name);
-    }
-  }
-  return names;
-}
+std::vector<std::string> lut3d_output_formats() { return names_with(&Format::write); }

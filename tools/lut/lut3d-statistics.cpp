@@ -67,7 +67,6 @@ Lut3dRange value_range(vexo_3dlut *lut) {
     for (int c = 0; c < 3; c++) {
       range.lowest[c] = std::min(range.lowest[c], entry.d[c]);
       range.highest[c] = std::max(range.highest[c], entry.d[c]);
-      range.not_finite += std::isfinite(entry.d[c]) ? 0 : 1;
     }
   });
   return range;

@@ -40,7 +40,6 @@ Lut3dExtents neighbour_steps(vexo_3dlut *lut);
 struct Lut3dRange {
   float lowest[3];
   float highest[3];
-  long not_finite = 0; // values of all channels
 };
 
 Lut3dRange value_range(vexo_3dlut *lut);

@@ -29,4 +29,13 @@ std::string join(const std::vector<std::string> &words) {
   return text;
 }
 
+std::string visible(const std::string &text) {
+  std::string shown;
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    shown += code < 0x20 || code == 0x7F ? format("\\x%02x", code) : std::string(1, c);
+  }
+  return shown;
+}
+
 bool blank(const char *text) { return text[std::strspn(text, " \t\r\n")] == '\0'; }

@@ -14,6 +14,9 @@ std::string shortest(float value);
 // The words with a blank between them.
 std::string join(const std::vector<std::string> &words);
 
+// The text with control characters as \\xNN, for terminals.
+std::string visible(const std::string &text);
+
 // Whether the text holds nothing but blanks.
 bool blank(const char *text);
 
