@@ -135,9 +135,12 @@ void write_reports(const ReportOptions &options, const Report &report) {
 void judge_limits(const std::vector<LimitResult> &limits, const std::string &written) {
   std::string missed;
   for (const LimitResult &limit : limits) {
-    std::fprintf(stderr, "%s %s: %.4f, %s\n", state_name(limit.state), limit.figure.c_str(), limit.value,
+    const std::string value = limit.state == LimitResult::kNotJudged ? "not known" : format("%.4f", limit.value);
+    std::fprintf(stderr, "%s %s: %s, %s\n", state_name(limit.state), limit.figure.c_str(), value.c_str(),
                  describe(limit).c_str());
-    missed += limit.state == LimitResult::kMissed ? " " + limit.figure : "";
+    if (limit.state == LimitResult::kMissed && missed.find(" " + limit.figure) == std::string::npos) {
+      missed += " " + limit.figure;
+    }
   }
   if (!missed.empty()) {
     throw Failure(kLimitMissed, "limits missed:" + missed + "; " + written);
