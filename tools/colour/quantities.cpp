@@ -1,5 +1,8 @@
 #include "colour/quantities.h"
 
+#include <cmath>
+#include <limits>
+
 #include "text/grammar.h"
 #include "vexo-cs.h"
 
@@ -41,16 +44,28 @@ struct Form {
 
 const Form kForms[] = {{"XYZ", from_XYZ}, {"xyY", from_xyY}, {"uvY", from_uvY}, {"Lab", from_Lab}};
 
+// In degrees.
+float hue_of(const vexo_vector &Lab) {
+  const double a = Lab.d[1];
+  const double b = Lab.d[2];
+  if (a == 0.0 && b == 0.0) {
+    return std::numeric_limits<float>::quiet_NaN();
+  }
+  const double degrees = std::atan2(b, a) * 180.0 / 3.141592653589793;
+  return static_cast<float>(degrees < 0.0 ? degrees + 360.0 : degrees);
+}
+
 } // namespace
 
 Quantities quantities(vexo_vector XYZ, vexo_vector white) {
-  Quantities q = {XYZ, XYZ, XYZ, XYZ, XYZ, XYZ, vexo_XYZ_CCT(&XYZ)};
+  Quantities q = {XYZ, XYZ, XYZ, XYZ, XYZ, XYZ, XYZ, vexo_XYZ_CCT(&XYZ)};
   if (vexo_XYZ_xyY(&q.xyY) != 0) {
     vexo_vector_init(&q.xyY);
   }
   vexo_XYZ_uvY(&q.uvY);
   vexo_XYZ_Lab(&q.Lab, &white);
-  vexo_XYZ_LCH(&q.LCh, &white);
+  vexo_XYZ_LCH(&q.LCh_library, &white);
+  q.LCh = {{q.LCh_library.d[0], q.LCh_library.d[1], hue_of(q.Lab)}};
   vexo_XYZ_Luv(&q.Luv, &white);
   return q;
 }

@@ -12,7 +12,8 @@ struct Quantities {
   vexo_vector xyY; // 0, 0, 0 for black, which has no chromaticity
   vexo_vector uvY; // u', v', Y
   vexo_vector Lab;
-  vexo_vector LCh; // hue in radians, -pi/2 to pi/2; not finite for a gray
+  vexo_vector LCh;         // hue in degrees, 0 to 360; not finite for a gray
+  vexo_vector LCh_library; // hue without quadrant, in radians, -pi/2 to pi/2; not finite for a gray
   vexo_vector Luv;
   int cct; // correlated colour temperature in kelvin; -1 where the colour has none
 };

@@ -46,6 +46,12 @@ Space parse_space(const std::string &option, const std::string &text) {
   return space;
 }
 
+Space with_bt601_luma(Space space) {
+  const vexo_vector luma = {{0.299F, 0.587F, 0.114F}};
+  std::copy_n(luma.d, 3, space.cs.npm.d[1]);
+  return space;
+}
+
 std::string space_names() { return join(names_of(kSpaces)); }
 
 std::optional<SpaceProperties> properties(vexo_cs cs) {

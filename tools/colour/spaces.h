@@ -17,6 +17,9 @@ Space parse_space(const std::string &option, const std::string &text);
 
 std::string space_names();
 
+// The space with the luma weights of BT.601 in the Y row of its matrix, for conversions that stay in this space.
+Space with_bt601_luma(Space space);
+
 // Properties that follow from the primaries and the white.
 struct SpaceProperties {
   vexo_vector cyan; // x, y, z

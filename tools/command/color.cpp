@@ -22,14 +22,16 @@ struct ColorOptions {
 };
 
 struct NamedTriple {
-  const char *text;
+  const char *text; // null: in JSON only
   const char *key;
   vexo_vector Quantities::*triple;
 };
 
 const NamedTriple kTriples[] = {
-    {"XYZ", "XYZ", &Quantities::XYZ},    {"xyY", "xyY", &Quantities::xyY}, {"u'v'Y", "uvY", &Quantities::uvY},
-    {"L*a*b*", "Lab", &Quantities::Lab}, {"LCh", "LCh", &Quantities::LCh}, {"L*u*v*", "Luv", &Quantities::Luv},
+    {"XYZ", "XYZ", &Quantities::XYZ},           {"xyY", "xyY", &Quantities::xyY},
+    {"u'v'Y", "uvY", &Quantities::uvY},         {"L*a*b*", "Lab", &Quantities::Lab},
+    {nullptr, "LCh", &Quantities::LCh_library}, {"LCh", "LCh_degrees", &Quantities::LCh},
+    {"L*u*v*", "Luv", &Quantities::Luv},
 };
 
 // A number in its column. The hue of a gray is not defined and becomes a dash.
@@ -37,9 +39,12 @@ std::string column(float value) { return std::isfinite(value) ? format("%14.6f",
 
 void print_text(const Quantities &q) {
   for (const NamedTriple &named : kTriples) {
+    if (named.text == nullptr) {
+      continue;
+    }
     const auto &d = (q.*named.triple).d;
     std::printf("%-8s %s %s %s%s\n", named.text, column(d[0]).c_str(), column(d[1]).c_str(), column(d[2]).c_str(),
-                std::strcmp(named.text, "LCh") == 0 ? "   (h in radians, -pi/2 to pi/2)" : "");
+                std::strcmp(named.text, "LCh") == 0 ? "   (h in degrees)" : "");
   }
   std::printf("%-8s %s\n", "CCT", q.cct > 0 ? format("%d K", q.cct).c_str() : "none");
 }

@@ -6,6 +6,24 @@
 
 namespace {
 
+void print_signal(const char *title, const SignalInSpace &side) {
+  std::printf("%-7s %s, %s", title, side.signal.name.c_str(), side.space.name.c_str());
+  if (side.signal.ycbcr) {
+    const auto &luma = side.space.cs.npm.d[1];
+    std::printf(", luma %.4f %.4f %.4f", luma[0], luma[1], luma[2]);
+  }
+  std::printf("\n");
+}
+
+Json json_of(const SignalInSpace &side) {
+  Json document = {{"signal", side.signal.name}, {"space", side.space.name}};
+  if (side.signal.ycbcr) {
+    const auto &luma = side.space.cs.npm.d[1];
+    document["luma"] = json_vector({{luma[0], luma[1], luma[2]}});
+  }
+  return document;
+}
+
 void print_registers(const Registers &registers) {
   const auto print = [](const std::string &name, short value) {
     std::printf("  %-10s 0x%04x  %6d\n", name.c_str(), static_cast<unsigned>(static_cast<unsigned short>(value)),
@@ -48,8 +66,8 @@ Json json_of(const Registers &registers) {
 } // namespace
 
 void print_text(const CscResult &r, bool registers) {
-  std::printf("From    %s, %s\nTo      %s, %s\n", r.from.signal.name.c_str(), r.from.space.name.c_str(),
-              r.to.signal.name.c_str(), r.to.space.name.c_str());
+  print_signal("From", r.from);
+  print_signal("To", r.to);
   const char *title = "Matrix";
   for (const auto &row : r.conversion.matrix.d) {
     std::printf("%-6s  %14.8f %14.8f %14.8f\n", title, row[0], row[1], row[2]);
@@ -68,8 +86,8 @@ void print_text(const CscResult &r, bool registers) {
 }
 
 Json json_of(const CscResult &r) {
-  Json document = {{"from", {{"signal", r.from.signal.name}, {"space", r.from.space.name}}},
-                   {"to", {{"signal", r.to.signal.name}, {"space", r.to.space.name}}},
+  Json document = {{"from", json_of(r.from)},
+                   {"to", json_of(r.to)},
                    {"matrix", json_matrix(r.conversion.matrix)},
                    {"offset", json_vector(r.conversion.offset)},
                    {"registers", json_of(r.registers)}};

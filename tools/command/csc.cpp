@@ -16,6 +16,7 @@ struct CscOptions {
   Space space = parse_space("--space", "bt709"); // of both
   std::optional<Space> from_space;
   std::optional<Space> to_space;
+  std::string luma = "primaries";
   vexo_ccp controls;
   float hue = 0.0F; // in degrees
   std::optional<vexo_vector> apply;
@@ -24,11 +25,9 @@ struct CscOptions {
 };
 
 CscResult convert(const CscOptions &options) {
-  CscResult r = {{options.from, options.from_space.value_or(options.space)},
-                 {options.to, options.to_space.value_or(options.space)},
-                 {},
-                 {},
-                 {}};
+  const Space space = options.luma == "bt601" ? with_bt601_luma(options.space) : options.space;
+  CscResult r = {
+      {options.from, options.from_space.value_or(space)}, {options.to, options.to_space.value_or(space)}, {}, {}, {}};
   vexo_ccp controls = options.controls;
   controls.hue = static_cast<float>(options.hue * 3.141592653589793 / 180.0);
   r.conversion = build_conversion(r.from, r.to, controls);
@@ -60,6 +59,14 @@ void add_spaces(CLI::App *command, CscOptions &options) {
   both->default_str(options.space.name)->excludes(from)->excludes(to);
   from->needs(to);
   to->needs(from);
+  command
+      ->add_option(
+          "--luma", options.luma,
+          "Luma weights of YCbCr: those of the primaries, or bt601 (0.299, 0.587, 0.114), for one space of both")
+      ->check(one_of({"primaries", "bt601"}))
+      ->capture_default_str()
+      ->excludes(from)
+      ->excludes(to);
 }
 
 void add_controls(CLI::App *command, CscOptions &options) {
@@ -85,7 +92,10 @@ void add_csc(CLI::App &app) {
   command->add_flag("--registers", options.registers, "Print the registers of the hardware converter as well");
   add_parsed(command, "--apply", options.apply, parse_triple, "Convert the triple a,b,c of input codes");
   command->add_flag("--json", options.json, "Print everything as JSON");
-  command->footer("Signals: FORMAT is rgb or ycbcr. RANGE is video, full, extended or smpte-full. BITS is 8 to 30.\n"
-                  "ORDER names the components as they travel, such as gbr or cbycr.\n\n"
-                  "Example: vexo csc rgb:full:10 ycbcr:video:10 --space bt2020 --registers");
+  command->footer(
+      "Signals: FORMAT is rgb or ycbcr. RANGE is video, full, extended or smpte-full. BITS is 8 to 30.\n"
+      "ORDER names the components as they travel, such as gbr or cbycr.\n"
+      "Luma weights come from the primaries of the space unless --luma says otherwise; for BT.601 video, and\n"
+      "for JPEG, give --luma bt601.\n\n"
+      "Example: vexo csc rgb:full:10 ycbcr:video:10 --space bt2020 --registers");
 }

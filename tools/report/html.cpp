@@ -159,8 +159,8 @@ std::string facts(const Report &report) {
          fact("Target white", format("%s: x %.6g, y %.6g, %s", white.name.c_str(), white.xyz.d[0], white.xyz.d[1],
                                      kelvin(report.target.summary.white_cct).c_str())) +
          fact("Target curve", source.target.curve.name + ": " + source.target.curve.meaning) +
-         fact("Luminances", std::string("of grays ") + black_in_figures(report) +
-                                "; of white and in contrast with black in it") +
+         fact("Luminances",
+              std::string("of grays ") + black_in_figures(report) + "; of white and in contrast with black in it") +
          fact("White", white_fact(report)) + fact("Channels", additivity_fact(report)) +
          fact("Command line", source.command_line) + fact("Tool", "vexo " VEXO_VERSION) + "</dl>\n";
 }
