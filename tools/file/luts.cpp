@@ -6,7 +6,6 @@
 #include <cstring>
 #include <utility>
 
-#include "base/codes.h"
 #include "base/lines.h"
 #include "base/numbers.h"
 #include "file/input.h"
@@ -272,16 +271,6 @@ LutSet resampled(LutSet &luts, int size) {
     vexo_convert_lut(result.get() + c, luts.get() + c);
   }
   return result;
-}
-
-void round_to_codes(LutSet &luts, int bits) {
-  const float max_code = vexo_internal::max_code(bits);
-  for (int c = 0; c < 3; c++) {
-    const vexo_lut &lut = luts.get()[c];
-    for (int i = 0; i < lut.size; i++) {
-      lut.d[i] = static_cast<float>(vexo_internal::quantise(lut.d[i], max_code)) / max_code;
-    }
-  }
 }
 
 LutScan scan_luts(const std::string &path, const std::string &layout) {

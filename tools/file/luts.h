@@ -32,9 +32,6 @@ LutSet identity_luts(int size);
 // LUTs of one size resampled to another, both ends kept.
 LutSet resampled(LutSet &luts, int size);
 
-// Rounds each value to the code of so many bits that a file of it holds.
-void round_to_codes(LutSet &luts, int bits);
-
 // The text layouts that can be read: "integer", three columns of codes; "decimal", three columns of codes that may have
 // fractions, its size line giving the base-2 logarithm of the entry count; "cube", three columns of fractions below a
 // LUT_1D_SIZE line; "column", one column of any numbers, which reading makes strictly increasing from 0 to 1.
