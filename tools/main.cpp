@@ -7,6 +7,7 @@
 #include "command/cli.h"
 #include "command/commands.h"
 #include "text/failure.h"
+#include "text/format.h"
 #include "text/verbose.h"
 
 namespace {
@@ -64,15 +65,23 @@ int run(int argc, char **argv) {
   add_delta(app);
   add_space(app);
   add_dci(app);
+  app.footer("vexo COMMAND --help, vexo help COMMAND and man vexo describe a command.");
   accept_everywhere(app);
+  std::vector<std::string> words(argv + 1, argv + argc);
+  if (!words.empty() && words.front() == "help") {
+    words.erase(words.begin());
+    words.emplace_back("--help");
+  }
+  check_commands(app, words);
   try {
-    app.parse(argc, argv);
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::Success &help) {
     return app.exit(help);
   } catch (const CLI::ValidationError &error) { // holds a hint of its own
     return report(Failure(kUsageError, error.what()));
+  } catch (const CLI::ExtrasError &) {
+    return report(Failure(kUsageError, "not expected: " + join(app.remaining(true)) + hint_at_word(app, words)));
   } catch (const CLI::ParseError &error) {
-    const std::vector<std::string> words(argv + 1, argv + argc);
     return report(Failure(kUsageError, std::string(error.what()) + hint_at_word(app, words)));
   }
   return kDone;

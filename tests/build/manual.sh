@@ -34,7 +34,25 @@ completed() {
   PATH="$(dirname "$tool"):$PATH" bash -c 'source "$0"; COMP_WORDS=(vexo "$@"); COMP_CWORD=$#; _vexo; printf "%s\n" "${COMPREPLY[@]}"' \
     "$source/completions/vexo" "$@"
 }
-completed cal | grep -qx calibrate || { echo "calibrate is not completed"; status=1; }
-completed calibrate panel.xml --rec | grep -qx -- --recipe || { echo "--recipe is not completed"; status=1; }
-completed lut3d convert --max | grep -qx -- --max-size || { echo "--max-size is not completed"; status=1; }
+offers() { # offers EXPECTED WORDS...: several expected words, or none for files, with blanks between them
+  expected=$1
+  shift
+  found=$(completed "$@" | sort | tr '\n' ' ')
+  [ "$found" = "$expected " ] || { echo "completion of '$*': $found, expected $expected"; status=1; }
+}
+offers calibrate cal
+offers refine ref
+offers "lut1d lut3d" lut
+offers calibrate help cal
+offers --recipe calibrate panel.xml --rec
+offers --gray refine --gr
+offers --max-size lut3d convert --max
+offers "aligned direct solve" calibrate panel.xml --recipe ""
+offers solve calibrate --recipe = s
+offers "D50 D55" calibrate --white D5
+offers "bt601-525 bt601-625" csc --space bt6
+offers "cfe cube dat eecolor" lut3d info --from ""
+offers "" calibrate pan
+offers "" calibrate --gray ""
+offers "" calibrate -o lut
 exit $status

@@ -238,8 +238,10 @@ ToneCurve parse_tone_curve(const std::string &option, const std::string &text) {
   if (const auto exponent = finite_number(text); exponent && *exponent > 0.0F) {
     return power_law(*exponent);
   }
-  reject(option, text, "one of " + tone_curve_names(), {"srgb", "lstar", "bt1886", "pq", "hlg"});
+  reject(option, text, "one of " + tone_curve_names(), split(tone_curve_words(), ' '));
 }
+
+std::string tone_curve_words() { return "srgb lstar bt1886 pq hlg"; }
 
 std::string tone_curve_names() {
   return "an exponent such as 2.2, srgb, lstar, bt1886[:BLACK], pq[:PEAK], hlg[:PEAK] (cd/m2), or FILE.csv of "

@@ -62,6 +62,7 @@ ToneCurve two_steps(const LibraryCurve &camera, const LibraryCurve &system);
 // (usage; input for the file).
 ToneCurve parse_tone_curve(const std::string &option, const std::string &text);
 std::string tone_curve_names();
+std::string tone_curve_words(); // those that are names
 
 // The name of an encoding curve, an exponent, or "slope,transition,gamma,offset". Throws a Failure (usage).
 LibraryCurve parse_camera_curve(const std::string &option, const std::string &text);

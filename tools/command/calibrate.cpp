@@ -81,8 +81,7 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
       "Recipes: solve finds the three drives of each gray for the target's X, Y and Z. aligned and direct are those "
       "of\n"
       "the library; they take the channels to add. Conditioning leaves out rows that are not credibly above black,\n"
-      "raises components at or below black and lowers values that fall. -v names each change. docs/recipes.md has the\n"
-      "rules and figures.\n\n"
+      "raises components at or below black and lowers values that fall. -v names each change.\n\n"
       "Exit status: 0 done; 1 the panel cannot show the target white or its luminance (no LUTs are written), or the\n"
       "LUTs make the gray ramp worse or miss a limit (LUTs are written; the last line on standard error says which);\n"
       "2 usage; 3 input unreadable or invalid; 4 output failed.");

@@ -2,16 +2,24 @@
 
 #include <algorithm>
 
+#include "text/failure.h"
+#include "text/format.h"
+#include "text/grammar.h"
 #include "text/hints.h"
 
 namespace {
 
+std::vector<std::string> command_names(const CLI::App &app) {
+  std::vector<std::string> names;
+  for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}
+
 // The commands and long options that may stand after the words that led to this command.
 std::vector<std::string> known_words(const CLI::App &app) {
-  std::vector<std::string> known;
-  for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
-    known.push_back(command->get_name());
-  }
+  std::vector<std::string> known = command_names(app);
   for (const CLI::Option *option : app.get_options()) {
     for (const std::string &name : option->get_lnames()) {
       known.push_back("--" + name);
@@ -21,6 +29,12 @@ std::vector<std::string> known_words(const CLI::App &app) {
 }
 
 } // namespace
+
+std::string words_among_others(const std::string &words) {
+  std::string list = words;
+  std::replace(list.begin(), list.end(), ' ', ',');
+  return "TEXT:{" + list + "}";
+}
 
 CLI::Validator one_of(const std::vector<std::string> &names) {
   const CLI::IsMember member(names);
@@ -39,6 +53,26 @@ CLI::Validator whole_number(int min, int max) {
     return !error.empty() || decimal ? error : "Value " + text + " is not written in plain decimal digits";
   };
   return {check, "[" + std::to_string(min) + " - " + std::to_string(max) + "]"};
+}
+
+void check_commands(const CLI::App &app, const std::vector<std::string> &words) {
+  const CLI::App *scope = &app;
+  for (const std::string &word : words) {
+    if (word == "-h" || word == "--help" || word == "--version") {
+      return;
+    }
+    if (word.empty() || word[0] != '-') {
+      const std::vector<std::string> names = command_names(*scope);
+      if (std::find(names.begin(), names.end(), word) == names.end()) {
+        reject("COMMAND", word, "one of " + join(names), names);
+      }
+      scope = scope->get_subcommand(word);
+      if (scope->get_require_subcommand_min() == 0) {
+        return;
+      }
+    }
+  }
+  throw Failure(kUsageError, "no command, expected one of " + join(command_names(*scope)) + hint_at_word(app, words));
 }
 
 std::string hint_at_word(const CLI::App &app, const std::vector<std::string> &words) {

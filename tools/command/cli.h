@@ -27,11 +27,17 @@ CLI::Option *add_parsed(CLI::App *command, const std::string &name, Value &value
       name, [name, &value, read](const std::string &text) { value = read(name, text); }, help);
 }
 
+// What the help and the completion show of an option that takes these words, separated by blanks, and other texts.
+std::string words_among_others(const std::string &words);
+
 // CLI11's IsMember, with a hint where the text is close to a name.
 CLI::Validator one_of(const std::vector<std::string> &names);
 
 // CLI11's Range, for plain decimal digits only: CLI11 reads 010 as eight.
 CLI::Validator whole_number(int min, int max);
+
+// Where a command has to stand, each word has to be one. Throws a Failure (usage) for another word, or for none.
+void check_commands(const CLI::App &app, const std::vector<std::string> &words);
 
 // "; did you mean WORD?" for the first word of the command line that is close to a command or an option without being
 // one; empty when there is none.

@@ -11,7 +11,8 @@ void add_colour_options(CLI::App *command, ColourOptions &options) {
   command->add_option("--in", options.form, "Form of the input; uvY is u',v',Y")
       ->check(one_of(colour_forms()))
       ->capture_default_str();
-  command->add_option("--white", options.white, "Reference white: " + white_names() + ", or x,y")
+  command->add_option("--white", options.white, "Reference white by name, or x,y")
+      ->type_name(words_among_others(white_names()))
       ->capture_default_str();
   command->add_option("--luminance", options.luminance, "Y of the reference white")->capture_default_str();
   command->add_flag("--json", options.json, "Print JSON");

@@ -52,11 +52,14 @@ void run(const CscOptions &options) {
 
 void add_spaces(CLI::App *command, CscOptions &options) {
   CLI::Option *both = add_parsed(command, "--space", options.space, parse_space,
-                                 "Colour space of both: " + space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy");
+                                 "Colour space of both by name, or rx,ry,gx,gy,bx,by,wx,wy");
   CLI::Option *from = add_parsed(command, "--from-space", options.from_space, parse_space, "Colour space of the input");
   CLI::Option *to = add_parsed(command, "--to-space", options.to_space, parse_space,
                                "Colour space of the output; whites are adapted (Bradford)");
   both->default_str(options.space.name)->excludes(from)->excludes(to);
+  for (CLI::Option *space : {both, from, to}) {
+    space->type_name(words_among_others(space_names()));
+  }
   from->needs(to);
   to->needs(from);
   command

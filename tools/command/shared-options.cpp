@@ -7,6 +7,7 @@
 #include "calibration/check.h"
 #include "calibration/condition.h"
 #include "calibration/gray-ramp.h"
+#include "command/cli.h"
 #include "file/apart.h"
 #include "file/input.h"
 #include "file/output.h"
@@ -112,9 +113,10 @@ void add_figure_options(CLI::App *command, ReportOptions &options) {
   command->add_option("--note", options.labels.note, "A note for the record");
   command
       ->add_option("--limits", options.limits,
-                   "Limits of the figures: " + tolerance_names() +
-                       ", or FILE.json such as {\"de2000_mean\": 1, \"luminance\": {\"min\": 200}}; exit 1 when one is "
-                       "missed. May be given more than once")
+                   "Limits of the figures by name, or FILE.json such as {\"de2000_mean\": 1, \"luminance\": {\"min\": "
+                   "200}}; exit 1 when one is "
+                   "missed. May be given more than once")
+      ->type_name(words_among_others(tolerance_names()))
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }

@@ -97,9 +97,12 @@ void run(const SpaceOptions &options) {
 void add_space(CLI::App &app) {
   auto [command, options] = add_command<SpaceOptions>(
       app, "space", "Describe an RGB colour space: points, luma weights, area and matrices", run);
-  add_parsed(command, "SPACE", options.space, parse_space, space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy")->required();
-  add_parsed(command, "--to", options.to, parse_space,
-             "Colour space to convert to: print the RGB to RGB matrices as well");
+  CLI::Option *space =
+      add_parsed(command, "SPACE", options.space, parse_space, "Colour space by name, or rx,ry,gx,gy,bx,by,wx,wy");
+  CLI::Option *to = add_parsed(command, "--to", options.to, parse_space,
+                               "Colour space to convert to: print the RGB to RGB matrices as well");
+  space->type_name(words_among_others(space_names()))->required();
+  to->type_name(words_among_others(space_names()));
   command->add_flag("--json", options.json, "Print JSON");
   command->footer("Example: vexo space bt2020 --to bt709");
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "command/cli.h"
 #include "command/shared-options.h"
 #include "file/input.h"
 #include "text/failure.h"
@@ -85,16 +86,19 @@ ToneCurve parse_curve(const TargetOptions &options) {
 void add_target_options(CLI::App *command, TargetOptions &options) {
   command
       ->add_option("--white", options.white,
-                   "Target white: " + white_names() +
-                       ", x,y, a daylight such as 6500K, or a Planckian radiator such as "
-                       "2856P")
+                   "Target white by name, x,y, a daylight such as 6500K, or a Planckian radiator such as "
+                   "2856P")
+      ->type_name(words_among_others(white_names()))
       ->default_str(kDefaultWhite);
   command->add_option("--curve", options.curve, "Target curve from the signal to light: " + tone_curve_names())
+      ->type_name(words_among_others(tone_curve_words()))
       ->default_str(kDefaultCurve);
   command->add_option("--gamma", options.gamma, "Short form of --curve EXPONENT");
-  command->add_option("--camera", options.camera,
-                      "In two steps instead: the curve that encoded the signal, " + camera_curve_names() +
-                          ", an exponent, or slope,transition,gamma,offset");
+  command
+      ->add_option("--camera", options.camera,
+                   "In two steps instead: the curve that encoded the signal by name, an exponent, or "
+                   "slope,transition,gamma,offset")
+      ->type_name(words_among_others(camera_curve_names()));
   command->add_option("--system", options.system,
                       "and the curve from scene light to display light, linear, an exponent, or "
                       "slope,transition,gamma,offset");
