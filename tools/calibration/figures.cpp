@@ -131,15 +131,17 @@ GrayFigure gray_figure(double input, const Triple &XYZ, const LightRange &range)
   return f;
 }
 
-Triple drives_at(const vexo_lut *luts, double input) {
+Triple drives_at(const vexo_lut *luts, const Triple &inputs) {
   if (luts == nullptr) {
-    return {input, input, input};
+    return inputs;
   }
   const auto drive = [&](int c) {
-    return double{vexo_lut_evaluate(&luts[c], static_cast<float>(input * (luts[c].size - 1)))};
+    return double{vexo_lut_evaluate(&luts[c], static_cast<float>(inputs[c] * (luts[c].size - 1)))};
   };
   return {drive(0), drive(1), drive(2)};
 }
+
+Triple drives_at(const vexo_lut *luts, double input) { return drives_at(luts, Triple::Constant(input)); }
 
 std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, const Triple &black, int count) {
   const LightRange range = {model.XYZ(drives_at(luts, 1.0))[1] + black[1], black[1]};

@@ -43,7 +43,10 @@ struct GrayFigure {
 // The gray of a light, in a ramp of that range.
 GrayFigure gray_figure(double input, const Triple &XYZ, const LightRange &range);
 
-// The drives of an input: through LUTs or, where luts is null, the input itself.
+// The drives of inputs: through LUTs or, where luts is null, the inputs themselves.
+Triple drives_at(const vexo_lut *luts, const Triple &inputs);
+
+// The drives of an input of all channels: through LUTs or, where luts is null, the input itself.
 Triple drives_at(const vexo_lut *luts, double input);
 
 // The grays of a panel at `count` inputs from 0 to 1, through LUTs or, where luts is null, without. black is what the

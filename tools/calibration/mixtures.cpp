@@ -3,7 +3,8 @@
 #include <Eigen/Cholesky>
 
 #include <algorithm>
-#include <array>
+
+#include "lut/trilinear.h"
 
 namespace {
 
@@ -62,18 +63,8 @@ Mixtures::Mixtures(const std::vector<MixtureSample> &samples) {
   }
 }
 
-// Trilinear.
 Triple Mixtures::at(const Triple &point) const {
-  const Triple position = point.cwiseMax(0.0).cwiseMin(1.0) * (kGrid - 1);
-  const Eigen::Array<ptrdiff_t, 3, 1> cell = position.array().cast<ptrdiff_t>().min(kGrid - 2);
-  const Triple f = position - cell.matrix().cast<double>();
-  const auto first = grid_.begin() + (cell[2] * kGrid + cell[1]) * kGrid + cell[0];
-  const auto along_red = [&](ptrdiff_t g, ptrdiff_t b) -> Triple {
-    const auto low = first + (b * kGrid + g) * kGrid;
-    return low[0] + (low[1] - low[0]) * f[0];
-  };
-  const auto along_green = [&](ptrdiff_t b) -> Triple {
-    return along_red(0, b) + (along_red(1, b) - along_red(0, b)) * f[1];
-  };
-  return along_green(0) + (along_green(1) - along_green(0)) * f[2];
+  return trilinear(point, kGrid, [&](ptrdiff_t r, ptrdiff_t g, ptrdiff_t b) -> const Triple & {
+    return grid_[static_cast<size_t>((b * kGrid + g) * kGrid + r)];
+  });
 }

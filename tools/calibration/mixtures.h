@@ -1,8 +1,8 @@
 // What measured mixtures of the channels show beyond the rest of the panel model, at any three drives.
 //
-// Three drives are a point p of the unit cube: of each channel the cube root of its light, full light being 1. So equal
-// distances look about equal. The mixtures tell a residual r at their points, relative to a scale of light that the
-// model defines. Channels alone, black and measured grays need no residual: there it is known to be 0. In between,
+// Three drives are a point p of the unit cube: of each channel the lightness L* of its light, full light being 1. So
+// equal distances look about equal. The mixtures tell a residual r at their points, relative to a scale of light that
+// the model defines. Channels alone, black and measured grays need no residual: there it is known to be 0. In between,
 //
 //   r(p) = sum over i of w_i k(p, p_i),   k(p, q) = h(p) + h(q) - h(p - q),
 //   h(p) = |p| + 0.3 (|p_r| + |p_g| + |p_b|) + 0.3 (|p_r, p_g| + |p_g, p_b| + |p_b, p_r|).

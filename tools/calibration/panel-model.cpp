@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "colour/quantities.h"
 #include "vexo-tables.h"
 
 namespace {
@@ -41,7 +42,13 @@ Triple roots(const Triple &light) { return light.cwiseMax(0.0).cwiseSqrt(); }
 
 } // namespace
 
-double gray_level(const Triple &drives) { return std::cbrt(drives.cwiseMax(0.0).prod()); }
+double gray_level(const Triple &drives) { return drives.cwiseMax(0.0).mean(); }
+
+// 1 at gray, nearly 1 close to it, 0 where a channel is dark.
+double grayness(const Triple &drives) {
+  const Triple d = drives.cwiseMax(0.0);
+  return d.mean() > 0.0 ? d.prod() / std::pow(d.mean(), 3) : 0.0;
+}
 
 std::optional<PanelModel> PanelModel::of(const vexo_lcnr &measurements) {
   const auto context = bare_context(measurements);
@@ -56,6 +63,7 @@ PanelModel::PanelModel(const vexo &context)
       channels_[c].push_back(table_XYZ(context, c, level));
     }
     full_[static_cast<Eigen::Index>(c)] = channels_[c].back().sum();
+    white_ += channels_[c].back();
   }
 }
 
@@ -63,7 +71,7 @@ void PanelModel::learn_grays(const std::vector<MeasuredLight> &lights) {
   Residual learnt = {{0.0}, {Triple::Zero()}};
   for (const MeasuredLight &light : lights) {
     const double t = gray_level(light.drives);
-    const Triple missing = light.XYZ - XYZ(light.drives);
+    const Triple missing = (light.XYZ - XYZ(light.drives)) / grayness(light.drives);
     learnt.levels.push_back(t);
     learnt.values.emplace_back(
         missing.cwiseProduct(roots(additive({t, t, t}))).cwiseQuotient(roots(additive(light.drives))));
@@ -86,16 +94,6 @@ Eigen::Matrix3d PanelModel::alone(const Triple &drives) const {
 
 Triple PanelModel::additive(const Triple &drives) const { return alone(drives).rowwise().sum(); }
 
-Eigen::Matrix3d PanelModel::additive_slopes(const Triple &drives) const {
-  Eigen::Matrix3d slopes;
-  for (size_t c = 0; c < 3; c++) {
-    const auto column = static_cast<Eigen::Index>(c);
-    const size_t upper = line_at(drives[column]).upper;
-    slopes.col(column) = (channels_[c][upper] - channels_[c][upper - 1]) * kTopLevel;
-  }
-  return slopes;
-}
-
 // Above the highest measured level the residual keeps its value.
 Triple PanelModel::residual(double gray_level) const {
   Triple sum = Triple::Zero();
@@ -116,38 +114,39 @@ Triple PanelModel::relative_residual(double gray_level) const {
   return (root.array() > 0.0).select(residual(t).cwiseQuotient(root), 0.0);
 }
 
-Triple PanelModel::unmixed(const Triple &drives) const {
-  const Triple sum = additive(drives);
-  return knows_grays() ? Triple(sum + relative_residual(gray_level(drives)).cwiseProduct(roots(sum))) : sum;
+Triple PanelModel::with_grays(const Triple &sum, const Triple &drives) const {
+  const double weight = knows_grays() ? grayness(drives) : 0.0;
+  return weight > 0.0 ? Triple(sum + weight * relative_residual(gray_level(drives)).cwiseProduct(roots(sum))) : sum;
 }
 
-Triple PanelModel::XYZ(const Triple &drives) const { return unmixed(drives) + mixed(drives); }
+Triple PanelModel::unmixed(const Triple &drives) const { return with_grays(additive(drives), drives); }
 
-// The point of the drives among the mixtures: the cube root of each channel's light, X + Y + Z.
-Triple PanelModel::place(const Triple &drives) const {
-  const Triple part = alone(drives).colwise().sum().transpose().cwiseQuotient(full_);
-  return part.unaryExpr([](double light) { return std::cbrt(light); });
+Triple PanelModel::XYZ(const Triple &drives) const {
+  const Eigen::Matrix3d lights = alone(drives);
+  const Triple sum = lights.rowwise().sum();
+  const Triple unmixed = with_grays(sum, drives);
+  return mixtures_ == nullptr ? unmixed : unmixed + mixtures_->at(place(lights)).cwiseProduct(scale_of(sum));
 }
 
-Triple PanelModel::mixture_scale(const Triple &drives) const {
-  const Triple white = additive({1.0, 1.0, 1.0});
-  return white * std::cbrt(std::max(additive(drives)[1], 0.0) / white[1]);
+// The point among the mixtures of channels that are alone as bright: the lightness of each, X + Y + Z.
+Triple PanelModel::place(const Eigen::Matrix3d &lights) const {
+  const Triple parts = lights.colwise().sum().transpose().cwiseQuotient(full_);
+  return parts.unaryExpr([](double part) { return 1.16 * cie_f(part) - 0.16; });
 }
 
-Triple PanelModel::mixed(const Triple &drives) const {
-  if (mixtures_ == nullptr) {
-    return Triple::Zero();
-  }
-  return mixtures_->at(place(drives)).cwiseProduct(mixture_scale(drives));
-}
+Triple PanelModel::scale_of(const Triple &sum) const { return white_ * std::cbrt(std::max(sum[1], 0.0) / white_[1]); }
+
+Triple PanelModel::mixture_scale(const Triple &drives) const { return scale_of(additive(drives)); }
 
 std::shared_ptr<const Mixtures> PanelModel::solve_mixtures(const std::vector<MeasuredLight> &lights) const {
   std::vector<MixtureSample> samples;
   for (const MeasuredLight &light : lights) {
     const Triple missing = light.XYZ - XYZ(light.drives);
-    samples.push_back({place(light.drives), missing.cwiseQuotient(mixture_scale(light.drives)), kMixtureNoise});
+    samples.push_back({place(alone(light.drives)), missing.cwiseQuotient(mixture_scale(light.drives)), kMixtureNoise});
   }
-  const auto exact = [&](const Triple &drives) { samples.push_back({place(drives), Triple::Zero(), kExactNoise}); };
+  const auto exact = [&](const Triple &drives) {
+    samples.push_back({place(alone(drives)), Triple::Zero(), kExactNoise});
+  };
   for (int row = 1; row < measurements_.num; row++) {
     const double level = double{measurements_.sample[row]} / measurements_.sample[measurements_.num - 1];
     for (Eigen::Index c = 0; c < 3; c++) {
@@ -160,15 +159,6 @@ std::shared_ptr<const Mixtures> PanelModel::solve_mixtures(const std::vector<Mea
     }
   }
   return std::make_shared<const Mixtures>(samples);
-}
-
-// With q = sqrt(S) the formula is q^2 + k q = XYZ.
-Triple PanelModel::additive_part(const Triple &XYZ, double gray_level) const {
-  if (!knows_grays()) {
-    return XYZ;
-  }
-  const Eigen::Array3d k = relative_residual(gray_level).array();
-  return (((k * k + 4.0 * XYZ.array().max(0.0)).sqrt() - k) / 2.0).square();
 }
 
 Triple black_of(const vexo_lcnr &measurements) {

@@ -2,13 +2,13 @@
 //
 // The channels add: S(d) is the sum of the three channels, each driven alone, linear in X, Y and Z between the 1024
 // levels of the library's tables. Real panels do not add. Measured grays tell by how much: at the gray level
-// t = cbrt(r g b) the panel shows D(t) more than S(t, t, t). The model adds, component by component,
+// t, the mean of r, g and b, the panel shows D(t) more than S(t, t, t). The model adds, component by component,
 //
-//   XYZ(d) = S(d) + D(t) sqrt(S(d) / S(t, t, t)).
+//   XYZ(d) = S(d) + D(t) sqrt(S(d) / S(t, t, t)) g,   g = r g b / t^3.
 //
 // It shows a measured gray exactly. Near gray the residual grows with the root of the light, halfway between a residual
-// that stays and one in proportion to the light. Where a channel is dark it vanishes. D is linear between measured
-// levels and 0 at 0.
+// that stays and one in proportion to the light. Away from gray g falls below 1, and where a channel is dark the
+// residual vanishes. D is linear between measured levels and 0 at 0.
 //
 // Measured mixtures of the channels tell what is left. With the white W, the sum of the full channels, the model adds
 //
@@ -41,7 +41,7 @@ struct Evidence {
   std::shared_ptr<const Mixtures> mixtures;      // null for none
 };
 
-// The gray level of three drives: their geometric mean.
+// The gray level of three drives: their mean.
 double gray_level(const Triple &drives);
 
 class PanelModel {
@@ -71,17 +71,8 @@ public:
   // The light without what mixtures add.
   Triple unmixed(const Triple &drives) const;
 
-  // The change of S with the drive of each channel, a column each. At a table level it is that of the line below.
-  Eigen::Matrix3d additive_slopes(const Triple &drives) const;
-
-  // What the mixtures add at the drives.
-  Triple mixed(const Triple &drives) const;
-
   // The light that a residual r of 1 stands for.
   Triple mixture_scale(const Triple &drives) const;
-
-  // The S that shows XYZ, without what mixtures add, at a gray level: the inverse of the formula above.
-  Triple additive_part(const Triple &XYZ, double gray_level) const;
 
   bool knows_grays() const { return !residuals_.empty(); }
   const Mixtures *mixtures() const { return mixtures_.get(); } // null for none
@@ -100,7 +91,9 @@ private:
 
   explicit PanelModel(const vexo &context);
   Eigen::Matrix3d alone(const Triple &drives) const;
-  Triple place(const Triple &drives) const;
+  Triple place(const Eigen::Matrix3d &lights) const;
+  Triple scale_of(const Triple &sum) const;
+  Triple with_grays(const Triple &sum, const Triple &drives) const;
   Triple residual(double gray_level) const;
   Triple relative_residual(double gray_level) const;
 
@@ -108,6 +101,7 @@ private:
   double lowest_level_;
   std::array<std::vector<Triple>, 3> channels_; // XYZ of each channel alone at each table level
   Triple full_;                                 // X + Y + Z of each at full drive
+  Triple white_ = Triple::Zero();               // sum of the channels at full drive
   std::vector<Residual> residuals_;             // their sum is D
   std::shared_ptr<const Mixtures> mixtures_;    // null where none were measured
 };

@@ -3,17 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calibration/balance.h"
-#include "text/failure.h"
-#include "text/format.h"
+#include "calibration/inverse.h"
 
 namespace {
 
 const int kTop = PanelModel::kTopLevel;
-const int kDemandSteps = 100;
-const int kToeEnd = 102;          // the toe may reach up to this entry, 10 % input
-const double kMet = 1e-10;        // error of a demand
-const double kSlack = 1.0 + 1e-6; // an overshoot of a bound that is rounding
+const int kToeEnd = 102;             // the toe may reach up to this entry, 10 % input
+const double kSolvePrecision = 1e-9; // of a colour
+const double kSlack = 1.0 + 1e-6;    // an overshoot of a bound that is rounding
 
 // The least and the most light that each channel may give.
 struct Bounds {
@@ -30,20 +27,20 @@ bool within(const Triple &s, const Bounds &bounds) {
 using Held = Eigen::Array<bool, 3, 1>;
 
 // The lights with those that are not held multiplied by the factor at which the luminance is Y, by bisection.
-Triple scaled_to_luminance(const PanelByLight &panel, const Triple &s, const Held &held, double Y) {
+Triple scaled_to_luminance(const PanelInputs &panel, const Triple &s, const Held &held, double Y) {
   const auto scaled = [&](double factor) -> Triple { return held.select(s, s * factor); };
   double low = 0.0;
   double high = 2.0;
   for (int i = 0; i < 60; i++) {
     const double middle = (low + high) / 2.0;
-    (panel.model().XYZ(panel.drives(scaled(middle)))[1] < Y ? low : high) = middle;
+    (panel.shown(panel.inputs(scaled(middle)))[1] < Y ? low : high) = middle;
   }
   return scaled(high);
 }
 
 // Lights within bounds, at the luminance Y if they can give it. A light out of bounds is held there, the others change
 // in proportion.
-Triple keep_luminance(const PanelByLight &panel, Triple s, const Bounds &bounds, double Y) {
+Triple keep_luminance(const PanelInputs &panel, Triple s, const Bounds &bounds, double Y) {
   Held held = Held::Constant(false);
   for (int pass = 0; pass < 3; pass++) {
     held = held || !(s.array() > bounds.lowest.array() && s.array() < bounds.highest.array());
@@ -52,61 +49,16 @@ Triple keep_luminance(const PanelByLight &panel, Triple s, const Bounds &bounds,
   return limited(s, bounds);
 }
 
-struct Peak {
-  Triple lights;
-  double luminance; // with the black that figures include
-};
-
-// White at a luminance, in lights near those given.
-Triple solve_white(const PanelByLight &panel, const Triple &lights, const Target &target, double luminance) {
-  const Triple black = included_black(target.curve, panel.model());
-  return balance(panel, lights, TargetRamp(target, luminance, black).above_black(1.0));
-}
-
-// The brightest that the panel shows the target white. Lights grow nearly in proportion to the luminance, so a few
-// divisions by the largest demand find where it is just met.
-Peak solve_peak(const PanelByLight &panel, const Target &target) {
-  Peak peak = {panel.full(), panel.model().XYZ(panel.drives(panel.full()))[1]};
-  for (int i = 0; i < kDemandSteps; i++) {
-    peak.lights = solve_white(panel, peak.lights, target, peak.luminance);
-    const double demand = peak.lights.cwiseQuotient(panel.full()).maxCoeff();
-    if (std::fabs(demand - 1.0) < kMet) {
-      break;
-    }
-    peak.luminance /= demand;
-    peak.lights /= demand;
-  }
-  return peak;
-}
-
-// As bright as the target says.
-Peak solve_wished_peak(const PanelByLight &panel, const Target &target) {
-  const Peak most = solve_peak(panel, target);
-  if (!target.luminance) {
-    return most;
-  }
-  const double black = black_of(panel.model().measurements())[1];
-  const double not_included = black - included_black(target.curve, panel.model())[1];
-  const double wished = *target.luminance - not_included;
-  if (!(*target.luminance > black && wished <= most.luminance)) {
-    throw Failure(kLimitMissed,
-                  format("the panel cannot show white %s at %g cd/m2, expected a luminance above %.4g (its "
-                         "black) and up to %.2f; no LUTs were written",
-                         target.white.name.c_str(), *target.luminance, black,
-                         std::floor((most.luminance + not_included) * 100.0) / 100.0));
-  }
-  return {solve_white(panel, most.lights * (wished / most.luminance), target, wished), wished};
-}
-
 double input_of(int entry) { return static_cast<double>(entry) / kTop; }
 
 // The levels of three LUTs, solved one by one from the top down.
 class Levels {
 public:
   Levels(vexo_lut *lut, const PanelModel &model, const Target &target, double most)
-      : lut_(lut), panel_(model, most), peak_(solve_wished_peak(panel_, target)),
-        target_(target, peak_.luminance, included_black(target.curve, model)),
-        white_(target_.above_black(1.0)), bounds_{panel_.first(), panel_.full()} {}
+      : lut_(lut), lowest_(model.lowest_level()), panel_(model, nullptr, most), inverse_(panel_, kSolvePrecision),
+        target_(target, white_luminance(panel_, target), included_black(target.curve, model)), bounds_{
+                                                                                                   panel_.lights_at(1),
+                                                                                                   Triple::Ones()} {}
 
   // Whether the target of an entry is black.
   bool is_black(int entry) const { return !(target_.above_black(input_of(entry))[1] > 0.0); }
@@ -114,17 +66,17 @@ public:
   // Fills an entry whose target is not black. Returns whether a channel is below the lowest measured level.
   bool fill(int entry) {
     const Triple wanted = target_.above_black(input_of(entry));
-    Triple s = balance(panel_, peak_.lights * (wanted[1] / white_[1]), wanted);
+    Triple s = inverse_.lights(wanted);
     held_ = !within(s, bounds_);
     if (held_) {
       s = keep_luminance(panel_, s, bounds_, wanted[1]);
     }
     bounds_.highest = s.cwiseMin(bounds_.highest);
-    const Triple drives = panel_.drives(bounds_.highest);
+    const Triple drives = panel_.inputs(bounds_.highest);
     for (int c = 0; c < 3; c++) {
       lut_[c].d[entry] = static_cast<float>(drives[c]);
     }
-    return drives.minCoeff() <= panel_.model().lowest_level();
+    return drives.minCoeff() <= lowest_;
   }
 
   // Whether the last entry keeps only its luminance.
@@ -132,10 +84,10 @@ public:
 
 private:
   vexo_lut *lut_;
-  PanelByLight panel_;
-  Peak peak_;
+  double lowest_; // level above black at which anything was measured
+  PanelInputs panel_;
+  Inverse inverse_;
   TargetRamp target_;
-  Triple white_;  // X, Y, Z above black
   Bounds bounds_; // falling with the entries
   bool held_ = false;
 };

@@ -132,13 +132,21 @@ Triple TargetRamp::above_black(double input) const {
   if (!(input > 0.0 && Y > range_.black)) {
     return Triple::Zero();
   }
-  const Triple light = white_ * (Y - range_.black);
+  return without_black(white_ * (Y - range_.black));
+}
+
+Triple TargetRamp::without_black(const Triple &light) const {
   const Triple tint = black_ - white_ * range_.black;
   double part = 1.0;
   for (Eigen::Index m = 0; m < 3; m++) {
     part = tint[m] > 0.0 ? std::min(part, (1.0 - kLeast) * light[m] / tint[m]) : part;
   }
   return light - part * tint;
+}
+
+double TargetRamp::part(double input) const {
+  const double Y = input > 0.0 ? luminance(input) : 0.0;
+  return std::max(Y - range_.black, 0.0) / (range_.white - range_.black);
 }
 
 // By bisection: the luminance falls as the gamma grows.

@@ -52,6 +52,12 @@ public:
   // three tenths of those of a light of the target white: nearer to black no drives could.
   Triple above_black(double input) const;
 
+  // The same for any light: its colour is then right with the black in it.
+  Triple without_black(const Triple &light) const;
+
+  // The light of an input above black as a part of white's.
+  double part(double input) const;
+
 private:
   double luminance(double input) const;
 

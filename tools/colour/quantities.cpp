@@ -25,14 +25,11 @@ bool from_uvY(vexo_vector *v, const vexo_vector &white) {
   return from_xyY(v, white);
 }
 
-// The inverse of the CIE 1976 lightness function (CIE 15).
-double inverse_lightness(double f) { return f > 6.0 / 29.0 ? f * f * f : (f - 4.0 / 29.0) * 108.0 / 841.0; }
-
 bool from_Lab(vexo_vector *v, const vexo_vector &white) {
   const double fy = (v->d[0] + 16.0) / 116.0;
   const double f[3] = {fy + v->d[1] / 500.0, fy, fy - v->d[2] / 200.0};
   for (int i = 0; i < 3; i++) {
-    v->d[i] = static_cast<float>(inverse_lightness(f[i]) * white.d[i]);
+    v->d[i] = static_cast<float>(cie_f_inverse(f[i]) * white.d[i]);
   }
   return true;
 }
@@ -56,6 +53,13 @@ float hue_of(const vexo_vector &Lab) {
 }
 
 } // namespace
+
+double cie_f(double part) {
+  const double bend = 6.0 / 29.0;
+  return part > bend * bend * bend ? std::cbrt(part) : part / (3.0 * bend * bend) + 4.0 / 29.0;
+}
+
+double cie_f_inverse(double f) { return f > 6.0 / 29.0 ? f * f * f : (f - 4.0 / 29.0) * 108.0 / 841.0; }
 
 Quantities quantities(vexo_vector XYZ, vexo_vector white) {
   Quantities q = {XYZ, XYZ, XYZ, XYZ, XYZ, XYZ, XYZ, vexo_XYZ_CCT(&XYZ)};

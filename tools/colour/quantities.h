@@ -20,6 +20,10 @@ struct Quantities {
 
 Quantities quantities(vexo_vector XYZ, vexo_vector white);
 
+// The function f of CIE 1976 L*a*b* (CIE 15) for a component as a part of white's, and its inverse.
+double cie_f(double part);
+double cie_f_inverse(double f);
+
 // XYZ, xyY, uvY, Lab
 std::vector<std::string> colour_forms();
 

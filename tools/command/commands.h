@@ -18,6 +18,7 @@ void add_gray(CLI::App &app);
 void add_import(CLI::App &measure); // a command of measure
 void add_lut1d(CLI::App &app);
 void add_lut3d(CLI::App &app);
+void add_lut3d_make(CLI::App &lut3d); // a command of lut3d
 void add_measure(CLI::App &app);
 void add_refine(CLI::App &app, const std::string &command_line);
 void add_report(CLI::App &app, const std::string &command_line);

@@ -136,6 +136,7 @@ void add_output(CLI::App *command, Lut3dOptions &options) {
 void add_lut3d(CLI::App &app) {
   CLI::App &lut3d = *app.add_subcommand("lut3d", "Look at, convert, make and compare 3D LUTs");
   lut3d.require_subcommand(1);
+  add_lut3d_make(lut3d);
   {
     auto [command, options] =
         add_command<Lut3dOptions>(lut3d, "info", "Print the format and figures of a 3D LUT", info);

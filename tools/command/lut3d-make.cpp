@@ -1,0 +1,139 @@
+// vexo lut3d make: a 3D LUT that makes a panel show the colours of a signal.
+#include <unistd.h>
+
+#include <cmath>
+#include <optional>
+
+#include "calibration/cube.h"
+#include "colour/patches.h"
+#include "command/cli.h"
+#include "command/commands.h"
+#include "command/shared-options.h"
+#include "file/apart.h"
+#include "text/failure.h"
+#include "text/format.h"
+#include "text/verbose.h"
+
+namespace {
+
+const double kGraysFollow = 1.0; // mean CIEDE2000 of grays that follow their target
+
+struct MakeOptions {
+  PanelOptions panel;
+  std::string luts;
+  TargetOptions target;
+  Space space = parse_space("--space", "bt709");
+  int size = 33;
+  Lut3dOutput output;
+  std::optional<std::string> title;
+  bool clip = false;
+};
+
+void show_progress(double part) {
+  if (isatty(STDERR_FILENO) != 0) {
+    std::fprintf(stderr, part < 1.0 ? "\r%3.0f %%" : "\r     \r", part * 100.0);
+  }
+}
+
+void warn_of_model(const PanelInput &input, const PanelModel &model) {
+  const std::string text = input.more.mixtures ? doubt(cross_validate(*input.more.mixtures, model)) : "";
+  if (!text.empty()) {
+    warn(text);
+  }
+}
+
+void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) {
+  const double error = predicted_error(model, luts, target).mean;
+  if (error > kGraysFollow) {
+    warn(format("the grays through the 1D LUTs are a mean CIEDE2000 of %.2f from this target: expected the white and "
+                "curve that the LUTs were made for",
+                error));
+  }
+}
+
+// CIEDE2000 of the 24 colours.
+template <typename Shown> Spread chart_error(const SignalColours &colours, Shown shown) {
+  Spread spread = {0.0, 0.0};
+  int count = 0;
+  for (const Patch &patch : test_colours(colours)) {
+    if (patch.group == kChart) {
+      const Triple light = shown(patch.signal);
+      const double error =
+          de2000(single(light.cwiseMax(0.0)), single(colours.XYZ(patch.signal)), single(colours.white()));
+      spread.mean += (error - spread.mean) / ++count;
+      spread.worst = std::max(spread.worst, error);
+    }
+  }
+  return spread;
+}
+
+void print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
+  const Spread before = chart_error(colours, [&](const Triple &signal) { return panel.shown(signal); });
+  const Spread after = chart_error(colours, [&](const Triple &signal) { return panel.shown(through(lut, signal)); });
+  std::fprintf(f, "24 colours    CIEDE2000 mean %.2f, worst %.2f; without the 3D LUT %.2f, %.2f (predicted)\n",
+               after.mean, after.worst, before.mean, before.worst);
+}
+
+void print_clipped(const OutOfGamut &clipped, int size, bool details, std::FILE *f) {
+  const double all = std::pow(size, 3);
+  std::fprintf(f, "Out of gamut  %.1f %% of the nodes\n", static_cast<double>(clipped.nodes) / all * 100.0);
+  if (details && clipped.nodes > 0) {
+    const Triple &at = clipped.worst_signal;
+    std::fprintf(f, "              %ld nodes, clipped by CIEDE2000 mean %.2f, worst %.2f at signal %.4g, %.4g, %.4g\n",
+                 clipped.nodes, clipped.mean, clipped.worst, at[0], at[1], at[2]);
+  }
+}
+
+void make(const MakeOptions &options) {
+  const TargetOptions given = complete(options.target);
+  const Target wished = parse_target(given);
+  check_output(options.output, options.size);
+  require_apart({options.panel.panel, options.panel.gray, options.panel.mix, options.luts, given.from, given.curve},
+                {options.output.path});
+  const PanelInput input = read_panel_input(options.panel);
+  const PanelModel model = model_of(input);
+  warn_of_model(input, model);
+  const Target target = on_panel(wished, model);
+  LutSet luts = options.luts.empty() ? LutSet() : read_luts(options.luts);
+  const bool has_luts = !options.luts.empty();
+  if (has_luts) {
+    warn_of_grays(model, luts, target);
+  }
+  const PanelInputs panel(model, has_luts ? luts.get() : nullptr);
+  const Triple black = included_black(target.curve, model);
+  const double white = has_luts ? panel.shown(Triple::Ones())[1] + black[1] : white_luminance(panel, target);
+  const SignalColours colours(options.space, target, white, black);
+  say("solves the nodes");
+  Cube cube = make_cube(panel, colours, options.size, has_luts, show_progress);
+  vexo_3dlut_set_title(cube.lut.get(), options.title.value_or(options.space.name).c_str());
+  write_lut3d(options.output, cube.lut.get());
+  std::FILE *f = options.output.path == "-" ? stderr : stdout;
+  print_clipped(cube.clipped, options.size, options.clip, f);
+  print_colours(panel, colours, cube.lut.get(), f);
+}
+
+} // namespace
+
+void add_lut3d_make(CLI::App &lut3d) {
+  auto [command, options] =
+      add_command(lut3d, "make", "Make the 3D LUT that gives a panel the colours of a signal", make);
+  add_panel_options(command, options.panel);
+  command->add_option("--luts", options.luts,
+                      "Three-channel integer LUT file between the 3D LUT and the panel: it keeps the grays");
+  add_parsed(command, "--space", options.space, parse_space,
+             "Colour space of the signal: " + space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy")
+      ->default_str(options.space.name);
+  add_target_options(command, options.target);
+  add_from_option(command, options.target);
+  command->add_option("--size", options.size, "Grid points per axis")
+      ->check(whole_number(2, 129))
+      ->capture_default_str();
+  command->add_option("-o,--output", options.output.path, "3D LUT to write; - for standard output")->required();
+  command->add_option("--to", options.output.format, "Format of the output (default: told by its name)")
+      ->check(one_of(lut3d_output_formats()));
+  command->add_option("--bits", options.output.bits, "Depth of the codes, where the format has codes")
+      ->check(whole_number(1, 30));
+  command->add_option("--title", options.title, "Title of the output (default: the colour space)");
+  command->add_flag("--clip", options.clip, "Say how many nodes are out of the panel's gamut, and how far");
+  command->footer("Example: vexo lut3d make panel.xml --luts luts.txt --gray bare.csv --mix mix.csv -o bt709.cube");
+}
