@@ -56,7 +56,7 @@ TargetOptions read_target_options(const std::string &path) {
 ToneCurve parse_two_steps(const TargetOptions &options) {
   const LibraryCurve camera = options.camera.empty() ? kLinear : parse_camera_curve("--camera", options.camera);
   const LibraryCurve system = options.system.empty() ? kLinear : parse_system_curve("--system", options.system);
-  const ToneCurve curve = two_steps(camera, system);
+  ToneCurve curve = two_steps(camera, system);
   const double middle = curve.luminance(0.5, {1.0, 0.0});
   if (middle > 0.5) {
     warn(format("at 50 %% input the target has %.1f %% of white's light, an effective gamma of %.2f: displays have one "
