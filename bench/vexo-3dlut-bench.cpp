@@ -9,7 +9,7 @@
 #include <string>
 
 #include "library/plain/vexo-3dlut-plain.h"
-#include "library/plain/vexo-text-plain.h"
+#include "files-plain.h"
 #include "lut3d.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "library/plain/vexo-text-plain.h"
+#include "files-plain.h"
 #include "vexo-gamma.h"
 
 namespace {

@@ -15,7 +15,7 @@ void check_rows(const vexo_lcnr &lcnr) {
 }
 
 std::string panel_text(vexo_lcnr lcnr) {
-  MemoryFile file("");
+  MemoryFile file;
   require(vexo_store_lcnr_xml(&lcnr, file.path().c_str()) == 0, "rows are stored");
   return file.contents();
 }

@@ -26,7 +26,7 @@ void check_numbers(const std::string &text) {
     const std::string exact =
         format("%.9g,%.9g,%.9g", static_cast<double>(v.d[0]), static_cast<double>(v.d[1]), static_cast<double>(v.d[2]));
     const vexo_vector again = parse_triple("", exact);
-    require(bits_of(again) == bits_of(v), "nine digits tell every number");
+    require(bits(again) == bits(v), "nine digits tell every number");
   }
   accepted([&] {
     require(parse_integer("", text, -1000, 1000) == std::strtol(text.c_str(), nullptr, 10), "a whole number");

@@ -1,198 +1,93 @@
-// The library's searches give the bits of their plain forms, on panels and on tables that no panel shows: falling,
-// flat, NaN, infinite, -0, denormal.
+// What the library does in fewer steps gives the bits of the plain form: searches, resampling, numbers in text. Tables
+// and panels are usual ones and such that no panel shows: falling, flat, NaN, infinite, -0, denormal.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
-#include <limits>
-#include <vector>
+#include <cmath>
+#include <cstring>
 
-#include "bits.h"
+#include "library/calls.h"
+#include "library/plain/vexo-3dlut-plain.h"
 #include "library/plain/vexo-plain.h"
-#include "panel-model.h"
+#include "lut3d.h"
+#include "scan.h"
 #include "text.h"
-#include "vexo-cs.h"
-#include "vexo.h"
 
 namespace {
 
-const float kInf = std::numeric_limits<float>::infinity();
-const float kAwkward[] = {std::numeric_limits<float>::quiet_NaN(),
-                          kInf,
-                          -kInf,
-                          -0.0F,
-                          0.0F,
-                          1e-45F,
-                          -1e-40F,
-                          3.4e38F,
-                          -1.0F,
-                          0.5F,
-                          1.0F,
-                          1.0000001F};
-
 // The bits of floats, every NaN alike: which of two NaNs an operation passes on is the compiler's choice.
-std::vector<uint32_t> value_bits(const float *x, size_t count) {
+std::vector<uint32_t> bits(const float *x, size_t count) {
   std::vector<uint32_t> u(count);
-  for (size_t i = 0; i < count; i++) {
-    u[i] = std::isnan(x[i]) ? 0x7FC00000U : bits(x[i]);
-  }
+  memcpy(u.data(), x, count * sizeof *x);
+  std::replace_if(
+      u.begin(), u.end(), [](uint32_t bits) { return (bits & 0x7FFFFFFFU) > 0x7F800000U; }, 0x7FC00000U);
   return u;
 }
-std::vector<uint32_t> value_bits(const std::vector<float> &x) { return value_bits(x.data(), x.size()); }
-std::vector<uint32_t> value_bits(const vexo_vector &v) { return value_bits(v.d, 3); }
+std::vector<uint32_t> bits(const std::vector<float> &x) { return bits(x.data(), x.size()); }
 
-class Random {
-public:
-  explicit Random(unsigned seed) : bits_(seed) {}
-  int below(int n) { return static_cast<int>(bits_() % static_cast<unsigned>(n)); }
-  float uniform(float low, float high) { return low + (high - low) * static_cast<float>(bits_()) / 4294967296.0F; }
-  float awkward() { return kAwkward[below(std::size(kAwkward))]; }
-
-private:
-  std::mt19937 bits_;
-};
-
-enum Shape { kRising, kFlat, kNoisy, kFalling, kJagged, kShapes };
-
-// A table of 0..1 of a shape, with awkward values strewn in.
-std::vector<float> table(Random *random, int size, int shape, int awkward) {
-  std::vector<float> d(static_cast<size_t>(size));
-  for (float &x : d) {
-    x = random->uniform(0.0F, 1.0F);
+// Runs a comparison with usual arguments and with awkward ones.
+template <typename Compare> void many_times(int runs, Compare compare) {
+  Source usual(0.0F, 0.7F);
+  Awkward awkward(usual);
+  for (int n = 0; n < runs && !testing::Test::HasFailure(); n++) {
+    compare(usual, n);
+    compare(awkward, n);
   }
-  if (shape != kJagged) {
-    std::sort(d.begin(), d.end());
-  }
-  if (shape == kFlat) {
-    for (float &x : d) {
-      x = std::floor(x * 8.0F) / 8.0F;
-    }
-  } else if (shape == kNoisy) {
-    for (float &x : d) {
-      x += random->uniform(-0.01F, 0.01F);
-    }
-  } else if (shape == kFalling) {
-    std::reverse(d.begin(), d.end());
-  }
-  for (int n = 0; n < awkward; n++) {
-    d[static_cast<size_t>(random->below(size))] = random->awkward();
-  }
-  return d;
-}
-
-vexo_gamma curve(Random *random) {
-  const vexo_gamma bt709 = {4.5F, 0.018F, 0.45F, 0.099F};
-  const vexo_gamma power = {0.0F, 0.0F, random->uniform(0.4F, 2.6F), 0.0F};
-  return random->below(3) == 0 ? bt709 : random->below(2) == 0 ? power : vexo_gamma{0.0F, 0.0F, 1.0F, 0.0F};
 }
 
 TEST(Fast, InversionOfAnyTable) {
-  Random random(1);
-  for (int n = 0; n < 1200; n++) {
-    const int size = n % 4 == 0 ? 1024 + random.below(4) : n % 100 == 1 ? 5000 : 1 + random.below(80);
-    std::vector<float> d = table(&random, size, n % kShapes, n % 3 == 0 ? random.below(6) : 0);
+  many_times(600, [](Source &source, int n) {
+    const int size = n % 4 == 0 ? 1024 + source.below(4) : n % 100 == 1 ? 5000 : 1 + source.below(80);
+    std::vector<float> d = source.table(size);
     if (n % 7 == 0) { // most of it lies above or below what is asked
-      std::fill_n(d.begin(), size / 2, random.awkward());
+      std::fill_n(d.begin(), size / 2, source.real());
     }
     vexo_lut panel = {size, d.data()};
-    vexo_gamma camera = curve(&random);
-    vexo_gamma system = curve(&random);
+    vexo_gamma camera = source.curve();
+    vexo_gamma system = source.curve();
     if (n % 5 == 0) { // light that falls and rises again as the input rises
-      camera = vexo_gamma{random.uniform(0.5F, 3.0F), random.uniform(0.2F, 0.8F), random.uniform(-1.0F, 1.0F), 0.0F};
+      camera = {source.between(0.5F, 3.0F), source.between(0.2F, 0.8F), source.between(-1.0F, 1.0F), 0.0F};
     }
-    std::vector<float> out(n % 20 == 0 ? 1024 : 1 + static_cast<size_t>(random.below(60)), -7.0F);
-    std::vector<float> expected = out;
-    vexo_lut fast_lut = {static_cast<int>(out.size()), out.data()};
-    vexo_lut plain_lut = {fast_lut.size, expected.data()};
-    vexo_gamma_lut_invert(&fast_lut, &camera, &system, &panel);
-    plain::gamma_lut_invert(&plain_lut, &camera, &system, &panel);
-    ASSERT_EQ(value_bits(out), value_bits(expected)) << n;
-  }
-}
-
-// Tables as a caller could hand them over.
-void fill_context(Random *random, vexo *context, int n) {
-  for (int c = 0; c < 3; c++) {
-    for (int m = 0; m < 3; m++) {
-      const int shape = m == 2 ? n % kShapes : kNoisy;
-      std::vector<float> d = table(random, 1024, shape, n % 2 == 0 ? random->below(40) : 0);
-      for (float &x : d) {
-        x = m == 2 || !(x > 0.0F) ? x : 0.2F + 0.3F * x;
-      }
-      std::copy(d.begin(), d.end(), context->data[c][m]);
-    }
-    context->maxY[c] = random->below(8) == 0 ? random->awkward() : random->uniform(1.0F, 200.0F);
-  }
+    Luts out(n % 20 == 0 ? 1024 : 1 + source.below(60));
+    vexo_gamma_lut_invert(&out.lut[0], &camera, &system, &panel);
+    plain::gamma_lut_invert(&out.lut[1], &camera, &system, &panel);
+    const auto count = static_cast<size_t>(out.lut[0].size);
+    ASSERT_EQ(bits(out.lut[0].d, count), bits(out.lut[1].d, count)) << n;
+  });
 }
 
 TEST(Fast, WhiteOfAnyTables) {
-  Random random(3);
-  vexo context;
-  for (int n = 0; n < 60; n++) {
-    fill_context(&random, &context, n);
+  many_times(30, [](Source &source, int n) {
+    Argument<vexo *> panel(source);
     if (n % 4 == 1) { // full red and green do not mix: the prediction stays what it was
-      context.data[n % 8 / 4][n % 3][1023] = n % 16 < 8 ? -0.25F : kAwkward[0];
+      panel.panel->data[n % 8 / 4][n % 3][1023] = n % 16 < 8 ? -0.25F : NAN;
     }
-    vexo_vector ref = {{random.uniform(0.0F, 0.6F), random.uniform(0.0F, 0.6F), 0.0F}};
-    if (n % 10 == 9) {
-      ref.d[n % 2] = random.awkward();
-    }
+    vexo_vector ref = {{source.real(), source.real(), 0.0F}};
     vexo_vector gains = {};
     vexo_vector expected = {};
-    vexo_peak_white_adjust(&gains, &context, &ref);
-    plain::peak_white_adjust(&expected, &context, &ref);
-    ASSERT_EQ(value_bits(gains), value_bits(expected)) << n;
-  }
-}
-
-// A panel near or far from a real one, read at some rows.
-vexo_lcnr measurements(Random *random, int n) {
-  panel_model::Panel panel = panel_model::desktop_panel();
-  for (auto &channel : panel.channel) {
-    for (double &XYZ : channel.full) {
-      XYZ *= static_cast<double>(random->uniform(0.6F, 1.4F));
-    }
-    channel.gamma = static_cast<double>(random->uniform(1.0F, 2.8F));
-    channel.s = static_cast<double>(random->uniform(0.0F, 1.0F));
-  }
-  const double noise = n % 3 == 0 ? 0.0 : n % 3 == 1 ? 0.0005 : 0.01;
-  vexo_lcnr lcnr = panel_model::measure(panel, 2 + random->below(63), {noise, noise / 10.0});
-  auto &luminance = lcnr.data[random->below(3)][1];
-  if (n % 4 == 2) { // readings that no probe gives: luminance below black, equal, huge, none
-    for (int k = random->below(5); k >= 0; k--) {
-      const float strange[] = {-1.0F, 0.0F, 1e-42F, 1e30F, 3e38F, lcnr.data[0][1][0]};
-      lcnr.data[random->below(3)][random->below(3)][random->below(lcnr.num)] = strange[random->below(6)];
-    }
-  } else if (n % 8 == 3) { // a channel whose top is as dark as black
-    luminance[lcnr.num - 1] = luminance[0];
-  } else if (n % 8 == 4) { // one with a dark row
-    luminance[1 + random->below(lcnr.num - 1)] = luminance[0] - (n % 16 == 4 ? 0.0F : 0.25F);
-  } else if (n % 8 == 0) { // one that falls
-    std::sort(luminance + 1, luminance + lcnr.num - 1, std::greater<float>());
-  }
-  return lcnr;
+    vexo_peak_white_adjust(&gains, panel.pass(), &ref);
+    plain::peak_white_adjust(&expected, panel.pass(), &ref);
+    ASSERT_EQ(bits(gains.d, 3), bits(expected.d, 3)) << n;
+  });
 }
 
 TEST(Fast, RecipesOnAnyPanel) {
-  Random random(4);
   int made = 0;
   diagnostics([&] { // readings that fall are reported
-    for (int n = 0; n < 80; n++) {
-      const vexo_lcnr lcnr = measurements(&random, n);
-      vexo_gamma camera = curve(&random);
-      vexo_gamma system = curve(&random);
-      const float x = random.uniform(0.27F, 0.36F);
-      const float y = random.uniform(0.27F, 0.37F);
+    many_times(40, [&](Source &source, int n) {
+      Argument<vexo_lcnr *> readings(source);
+      vexo_gamma camera = source.curve();
+      vexo_gamma system = source.curve();
+      const float x = source.between(0.27F, 0.36F);
+      const float y = source.between(0.27F, 0.37F);
       vexo_vector white = {{x, y, 1.0F - x - y}};
-      const bool direct = n / 8 % 3 != 0; // either for every kind of panel
-      plain::Luts out;
+      Luts out;
       plain::Luts expected;
-      vexo context = {lcnr, {}, {}};
-      if ((direct ? vexo_generate_lut : vexo_data_alignment)(out.lut, &context, &camera, &system, &white) != 0) {
-        continue;
+      vexo context = {readings.lcnr, {}, {}};
+      if ((n % 2 == 0 ? vexo_generate_lut : vexo_data_alignment)(out.lut, &context, &camera, &system, &white) != 0) {
+        return;
       }
       made++;
-      if (direct) {
+      if (n % 2 == 0) {
         plain::generate_lut(expected.lut, &context, &camera, &system, &white);
       } else {
         vexo bare = {context.lcnr, {}, {}}; // the direct recipe leaves the tables of the bare panel
@@ -200,11 +95,117 @@ TEST(Fast, RecipesOnAnyPanel) {
         plain::data_alignment(expected.lut, &context, &bare, &camera, &system, &white);
       }
       for (int c = 0; c < 3; c++) {
-        ASSERT_EQ(value_bits(out.lut[c].d, 1024), value_bits(expected.lut[c].d, 1024)) << n << ' ' << c;
+        ASSERT_EQ(bits(out.lut[c].d, 1024), bits(expected.lut[c].d, 1024)) << n << ' ' << c;
+      }
+    });
+  });
+  EXPECT_GE(made, 40);
+}
+
+TEST(Fast, Resampling) {
+  many_times(1, [](Source &source, int) {
+    for (const int from : {1, 2, 3, 4, 8, 9, 13, 17}) {
+      for (const int to : {2, 3, 4, 5, 7, 8, 9, 16, 17, 20}) {
+        const Lut src = any_lut(source, from);
+        const Lut expected(vexo_3dlut_create(to, nullptr));
+        plain::resample(expected.get(), src.get());
+        const Lut got(vexo_3dlut_dup(src.get(), to, "t"));
+        ASSERT_TRUE(from == to || bits(components(got.get())) == bits(components(expected.get()))) << from << ' ' << to;
       }
     }
   });
-  EXPECT_GE(made, 40);
+}
+
+// ---- Numbers in text
+
+template <typename Number> std::string printf_of(const char *format, int width, Number value) {
+  char text[512];
+  return std::string(text, static_cast<size_t>(snprintf(text, sizeof text, format, width, value)));
+}
+
+float any_float(Source &source) {
+  const uint32_t high = static_cast<uint32_t>(source.below(1 << 16));
+  const uint32_t u = high << 16 | static_cast<uint32_t>(source.below(1 << 16));
+  float x;
+  memcpy(&x, &u, sizeof x);
+  return x;
+}
+
+std::string any_number(Source &source) {
+  static const std::vector<std::string> kOdd = {"0",
+                                                "-0",
+                                                "+.5",
+                                                "5.",
+                                                ".",
+                                                "-.",
+                                                "1e5",
+                                                "1e-05",
+                                                "2.5E+3",
+                                                "1e",
+                                                "1e+",
+                                                "1e400",
+                                                "nan",
+                                                "-inf",
+                                                "0x1p-3",
+                                                "0x",
+                                                "1e22",
+                                                "1e-46",
+                                                "1,5",
+                                                "--1",
+                                                "1.5.5",
+                                                "+",
+                                                "",
+                                                "1e-22",
+                                                "12e37",
+                                                "000000001",
+                                                "1__",
+                                                "nan(1)",
+                                                "infinity",
+                                                "3.4028236e38",
+                                                "16777217",
+                                                "0.00000000000000000001",
+                                                "18446744073709551615",
+                                                "184467440737095516150",
+                                                "9999999999999999999e-19",
+                                                "1e0000001"};
+  const float x = any_float(source);
+  const double mid = (static_cast<double>(x) + static_cast<double>(std::nextafter(x, HUGE_VALF))) / 2.0;
+  switch (source.below(5)) {
+  case 0:
+    return kOdd[static_cast<size_t>(source.below(static_cast<int>(kOdd.size())))];
+  case 1: // on the midpoint of two floats, or beside it
+    return printf_of("%.*e", 30 + source.below(40), mid) + (source.below(2) == 0 ? "1" : "");
+  case 2:
+    return printf_of("%.*g", source.below(20), static_cast<double>(x));
+  case 3:
+    return std::to_string(source.below(1 << 30) >> source.below(30));
+  default:
+    return printf_of("%.*f", source.below(18), static_cast<double>(source.between(-2.0F, 2.0F)));
+  }
+}
+
+TEST(Fast, NumbersAreReadAsScanfReadsThem) {
+  static const std::vector<std::string> kTails = {"", " ", ",", "\n", "\r", ".5", "e5", "x1", "p2", "f", "i"};
+  Source source;
+  for (int n = 0; n < 50000; n++) {
+    const std::string blanks(static_cast<size_t>(source.below(3)), " \t\v"[source.below(3)]);
+    const std::string text = blanks + any_number(source) + kTails[static_cast<size_t>(source.below(11))];
+    ASSERT_TRUE(reads_as_scanf<float>(text.c_str(), "%f%n")) << text;
+    ASSERT_TRUE(reads_as_scanf<unsigned long long>(text.c_str(), "%llu%n")) << text;
+  }
+}
+
+TEST(Fast, NumbersArePrintedAsPrintfPrintsThem) {
+  Source source;
+  for (int n = 0; n < 50000; n++) {
+    const float tie = std::ldexp(static_cast<float>(2 * source.below(1 << 12) + 1), -9); // in the ninth decimal
+    const float value = n % 2 == 0 ? any_float(source) : n % 4 == 1 ? tie : -tie;
+    const int code = n % 2 == 0 ? source.below(1 << 30) >> source.below(30) : -source.below(1 << source.below(20));
+    char text[2 * vexo_internal::kNumberRoom];
+    ASSERT_EQ(std::string(text, vexo_internal::put_decimal(text, value)),
+              printf_of("%.*f", 8, static_cast<double>(value)));
+    ASSERT_EQ(std::string(text, vexo_internal::put_integer(text, code, 1 + n % 8)), printf_of("%*d", 1 + n % 8, code));
+  }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // The calibration report: its figures against a panel whose truth is known, and its page in a browser.
 #include <nlohmann/json.hpp>
 
+#include "skip.h"
 #include "tool/tool.h"
 #include "tool/truth.h"
 

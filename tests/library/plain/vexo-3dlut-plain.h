@@ -1,12 +1,9 @@
-// Resampling and packed words of 3D LUTs in their plain form, entry by entry: what the library's faster forms are
-// checked against, and measured by.
+// Resampling of 3D LUTs in its plain form, entry by entry: what the library's faster form is checked against, and
+// measured by.
 #ifndef VEXO_TESTS_3DLUT_PLAIN_H
 #define VEXO_TESTS_3DLUT_PLAIN_H
 
-#include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
 
 #include "vexo-3dlut.h"
 #include "vexo-util.h"
@@ -55,45 +52,6 @@ inline void resample(vexo_3dlut *dst, vexo_3dlut *src) {
       }
     }
   }
-}
-
-// ---- Codes, a call of the C library an entry
-
-inline uint32_t code_of(float value, float scale, uint32_t most) {
-  const float code = std::round(scale * value);
-  return !(code > 0.0F) ? 0 : code < static_cast<float>(most) ? static_cast<uint32_t>(code) : most;
-}
-
-inline uint32_t word_of(const vexo_vector &v, float scale, uint32_t most, int shift) {
-  return code_of(v.d[2], scale, most) << 2 * shift | code_of(v.d[1], scale, most) << shift |
-         code_of(v.d[0], scale, most);
-}
-
-// Words of ten bits a component. Gives the words written.
-inline size_t write_words(std::FILE *f, const vexo_vector *entries, size_t count) {
-  size_t written = 0;
-  for (size_t i = 0; i < count; i++) {
-    const uint32_t word = word_of(entries[i], 1023.0F, 1023, 10);
-    const uint8_t byte[4] = {static_cast<uint8_t>(word >> 24), static_cast<uint8_t>(word >> 16 & 0xFFU),
-                             static_cast<uint8_t>(word >> 8 & 0xFFU), static_cast<uint8_t>(word & 0xFFU)};
-    written += std::fwrite(byte, sizeof byte, 1, f);
-  }
-  return written;
-}
-
-inline bool read_words(std::FILE *f, vexo_vector *entries, size_t count) {
-  for (size_t i = 0; i < count; i++) {
-    uint8_t byte[4];
-    if (std::fread(byte, sizeof byte, 1, f) != 1) {
-      return false;
-    }
-    const uint32_t word =
-        uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
-    for (int c = 0; c < 3; c++) {
-      entries[i].d[c] = static_cast<float>(word >> 10 * c & 1023U) / 1023.0F;
-    }
-  }
-  return true;
 }
 
 } // namespace plain

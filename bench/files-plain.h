@@ -1,7 +1,7 @@
-// The text formats in their plain form, a call of the C library a line: what the library's faster readers and writers
-// are checked against, and measured by. In the "C" locale.
-#ifndef VEXO_TESTS_TEXT_PLAIN_H
-#define VEXO_TESTS_TEXT_PLAIN_H
+// The file formats in their plain form, one call of the C library per line or word: what the library's readers and
+// writers are measured by. In the "C" locale.
+#ifndef VEXO_BENCH_FILES_PLAIN_H
+#define VEXO_BENCH_FILES_PLAIN_H
 
 #include <climits>
 #include <cmath>
@@ -129,6 +129,45 @@ inline bool read_codes(std::FILE *f, int count, bool decimals, Entries *entries)
       }
     }
     more = std::fgets(line, sizeof line, f) != nullptr;
+  }
+  return true;
+}
+
+// ---- Packed words
+
+inline uint32_t packed_code(float value, float scale, uint32_t most) {
+  const float code = std::round(scale * value);
+  return !(code > 0.0F) ? 0 : code < static_cast<float>(most) ? static_cast<uint32_t>(code) : most;
+}
+
+inline uint32_t word_of(const vexo_vector &v, float scale, uint32_t most, int shift) {
+  return packed_code(v.d[2], scale, most) << 2 * shift | packed_code(v.d[1], scale, most) << shift |
+         packed_code(v.d[0], scale, most);
+}
+
+// Words of ten bits a component. Gives the words written.
+inline size_t write_words(std::FILE *f, const vexo_vector *entries, size_t count) {
+  size_t written = 0;
+  for (size_t i = 0; i < count; i++) {
+    const uint32_t word = word_of(entries[i], 1023.0F, 1023, 10);
+    const uint8_t byte[4] = {static_cast<uint8_t>(word >> 24), static_cast<uint8_t>(word >> 16 & 0xFFU),
+                             static_cast<uint8_t>(word >> 8 & 0xFFU), static_cast<uint8_t>(word & 0xFFU)};
+    written += std::fwrite(byte, sizeof byte, 1, f);
+  }
+  return written;
+}
+
+inline bool read_words(std::FILE *f, vexo_vector *entries, size_t count) {
+  for (size_t i = 0; i < count; i++) {
+    uint8_t byte[4];
+    if (std::fread(byte, sizeof byte, 1, f) != 1) {
+      return false;
+    }
+    const uint32_t word =
+        uint32_t{byte[0]} << 24 | uint32_t{byte[1]} << 16 | uint32_t{byte[2]} << 8 | uint32_t{byte[3]};
+    for (int c = 0; c < 3; c++) {
+      entries[i].d[c] = static_cast<float>(word >> 10 * c & 1023U) / 1023.0F;
+    }
   }
   return true;
 }
