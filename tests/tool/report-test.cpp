@@ -82,7 +82,7 @@ TEST_F(Report, FiguresAgreeWithTheTruePanel) {
   const json found = report();
   const double peak = peak_of(light, luts);
   double sum = 0.0;
-  for (const size_t percent : {20, 40, 60, 80, 100}) {
+  for (const size_t percent : {20U, 40U, 60U, 80U, 100U}) {
     SCOPED_TRACE(percent);
     const json &step = found["steps"]["after"][percent];
     const double input = static_cast<double>(percent) / 100.0;
