@@ -118,7 +118,7 @@ std::string property(cmsHANDLE tables, const char *name) {
 
 // Lists of patches to show hold estimated colours.
 void check_measured(const std::string &path, cmsHANDLE tables) {
-  const std::string type(cmsIT8GetSheetType(tables), 0, 4);
+  const std::string type = std::string(cmsIT8GetSheetType(tables)).substr(0, 4);
   if (type == "CTI1" || type == "CTI2" || has_extension(path, ".ti1") || has_extension(path, ".ti2")) {
     refuse_input(input_name(path), "a list of patches to show, whose colours are estimated, expected the readings of "
                                    "them (.ti3)");

@@ -83,7 +83,7 @@ Heading heading_of(const Table &table) {
     return {table.place(table.heading()), table.heading().cells};
   }
   const TableRow &first = table.rows().front();
-  const Heading comment = {table.place(table.comment()), table.comment().cells, " (named in a comment)"};
+  Heading comment = {table.place(table.comment()), table.comment().cells, " (named in a comment)"};
   if (comment.names().size() == first.cells.size() && (comment.has("level") || comment.has("r"))) {
     return comment;
   }

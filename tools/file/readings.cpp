@@ -50,7 +50,7 @@ std::vector<GrayReading> read_gray(const std::string &path, float full) {
   if (readings.ramp) {
     return grays;
   }
-  const std::vector<GrayReading> sorted = means(grays);
+  std::vector<GrayReading> sorted = means(grays);
   say(input_name(path) +
       format(": %zu of %zu readings are gray, at %zu levels", grays.size(), readings.list.size(), sorted.size()));
   return sorted;
