@@ -13,8 +13,13 @@ foreach(kind shared static)
 endforeach()
 
 write_basic_package_version_file(vexo-config-version.cmake COMPATIBILITY SameMinorVersion)
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
-  OUTPUT_VARIABLE VEXO_PC_TO_PREFIX)
+# A folder of its own may be moved after the installation, the system's is where it is.
+set(VEXO_PC_PREFIX /usr)
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+    OUTPUT_VARIABLE to_prefix)
+  set(VEXO_PC_PREFIX "\${pcfiledir}/${to_prefix}")
+endif()
 configure_file(packaging/vexo.pc.in vexo.pc @ONLY)
 install(FILES packaging/vexo-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/vexo-config-version.cmake
   DESTINATION ${package_dir} COMPONENT libvexo-dev)
@@ -48,6 +53,10 @@ macro(package name section depends kind)
 endmacro()
 package(libvexo0 libs "" library)
 set(CPACK_DEBIAN_LIBVEXO0_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvexo-dev COMPONENT libvexo-dev
+  FILES_MATCHING PATTERN "*.md" PATTERN examples EXCLUDE)
+install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvexo-dev/examples COMPONENT libvexo-dev
+  PATTERN CMakeLists.txt EXCLUDE)
 package(libvexo-dev libdevel "libvexo0 (= ${PROJECT_VERSION}), libexpat1-dev" "development files")
 if(CMAKE_INSTALL_LIBDIR MATCHES "/") # lib/TRIPLET
   set(CPACK_DEBIAN_LIBVEXO0_PACKAGE_MULTIARCH same)
