@@ -1,9 +1,11 @@
-// Interpolation of measured mixtures.
+// Measured mixtures: their interpolation, and what the model gets wrong without them.
 #include "calibration/mixtures.h"
 
-#include <gtest/gtest.h>
-
+#include <nlohmann/json.hpp>
 #include <random>
+
+#include "tool/tool.h"
+#include "tool/truth.h"
 
 namespace {
 
@@ -19,6 +21,16 @@ std::vector<MixtureSample> samples(int count) {
   }
   return list;
 }
+
+class MixtureFile : public Tool {
+protected:
+  // Mean CIEDE2000 that the tool states for the first layer of the model, that of the channels.
+  double error_of_channels(const std::string &options) const {
+    const Result r = run("measure panel.xml --mix mix.csv --json " + options);
+    EXPECT_EQ(r.code, 0) << r.err;
+    return nlohmann::json::parse(r.out)["mixtures"]["layers"][0]["mean"].get<double>();
+  }
+};
 
 } // namespace
 
@@ -50,4 +62,23 @@ TEST(Mixtures, OneAloneFadesWithDistance) {
   EXPECT_LT((mixtures.at(point) - Triple::Ones()).norm(), 1e-9);
   EXPECT_LT(mixtures.at({0.5, 0.5, 0.25})[0], 0.8);
   EXPECT_LT(mixtures.at({0.25, 0.25, 0.375})[0], mixtures.at({0.375, 0.375, 0.5625})[0]);
+}
+
+// With five rows, the lines between them are the error. A fine gray ramp tells the shape.
+TEST_F(MixtureFile, GraysShapeChannelsBetweenRows) {
+  const Light light = [](const Color &drive) { return panel_model::light(panel_model::desktop_panel(), drive); };
+  vexo_lcnr rows = measured_channels(light, 5);
+  vexo_store_lcnr_xml(&rows, path("panel.xml").c_str());
+  save(path("gray.csv"), measured_grays(light, {}, 86));
+  std::string mixtures = "r,g,b,X,Y,Z\n";
+  for (const Color &drive : {Color{0.7, 0.4, 0.0}, Color{0.3, 0.9, 0.5}, Color{0.0, 0.6, 0.35}, Color{0.9, 0.1, 0.6}}) {
+    const Color shown = light(drive);
+    for (const double d : drive) {
+      mixtures += std::to_string(255.0 * d) + ",";
+    }
+    mixtures += std::to_string(kBlack[0] + shown[0]) + "," + std::to_string(kBlack[1] + shown[1]) + "," +
+                std::to_string(kBlack[2] + shown[2]) + "\n";
+  }
+  save(path("mix.csv"), mixtures);
+  EXPECT_LT(error_of_channels("--gray gray.csv"), 0.25 * error_of_channels(""));
 }

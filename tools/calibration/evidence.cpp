@@ -15,6 +15,8 @@ MoreReadings read_more(const std::string &gray, const std::string &mix, const Pa
 Evidence evidence_of(const MoreReadings &more, PanelModel model, const Triple &noise) {
   Evidence evidence;
   if (more.grays) {
+    evidence.ramp = lights_of(*more.grays);
+    model.shape_channels(evidence.ramp);
     evidence.grays.push_back(bare_grays(*more.grays, model, noise));
     model.learn_grays(evidence.grays.back());
   }
@@ -25,6 +27,7 @@ Evidence evidence_of(const MoreReadings &more, PanelModel model, const Triple &n
 }
 
 void learn(PanelModel *model, const Evidence &evidence) {
+  model->shape_channels(evidence.ramp);
   for (const auto &grays : evidence.grays) {
     model->learn_grays(grays);
   }

@@ -56,6 +56,14 @@ GrayRamp read_gray_ramp(const std::string &path, const Panel &panel) {
   return ramp;
 }
 
+std::vector<MeasuredLight> lights_of(const GrayRamp &ramp) {
+  std::vector<MeasuredLight> lights;
+  for (size_t i = 0; i < ramp.grays.size(); i++) {
+    lights.push_back({Triple::Constant(ramp.grays[i].input), ramp.above_black(i)});
+  }
+  return lights;
+}
+
 std::vector<MeasuredLight> bare_grays(const GrayRamp &ramp, const PanelModel &model, const Triple &noise) {
   const double whitest = ramp.grays.back().input;
   const double ratio = ramp.above_black(ramp.grays.size() - 1)[1] / model.XYZ({whitest, whitest, whitest})[1];

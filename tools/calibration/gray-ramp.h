@@ -25,6 +25,9 @@ struct GrayRamp {
 // or levels do not rise or lie outside those of the panel.
 GrayRamp read_gray_ramp(const std::string &path, const Panel &panel);
 
+// The grays above black, as they were read.
+std::vector<MeasuredLight> lights_of(const GrayRamp &ramp);
+
 // What a model learns from a ramp of the bare panel. A residual that is within twice the noise near black does not
 // count: there the model keeps its own light. noise is the panel file's own noise_floor(). Throws a Failure (input)
 // where the white differs from the model's by more than a factor of 1.5: these are other units, or another panel.

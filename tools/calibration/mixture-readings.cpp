@@ -169,7 +169,7 @@ CrossValidation cross_validate(const MixtureReadings &readings, const PanelModel
     mixtures.de2000.push_back(
         error(unmixed + model.mixtures()->left_out()[i].cwiseProduct(model.mixture_scale(drives))));
   }
-  CrossValidation result = {readings.lights.size(), {summary(channels, readings.places)}, {}, false};
+  CrossValidation result = {readings.lights.size(), {summary(channels, readings.places)}, mixtures.de2000, {}, false};
   if (model.knows_grays()) {
     result.layers.push_back(summary(grays, readings.places));
   }

@@ -9,6 +9,9 @@
 
 namespace {
 
+// Grays that must have been read between two rows for their shape to count there.
+const int kLeastShape = 2;
+
 // Variances of a reading among mixtures, and of the lights that the model shows exactly, in the unit of the kernel.
 const double kMixtureNoise = 0.005;
 const double kExactNoise = kMixtureNoise / 10.0;
@@ -35,6 +38,22 @@ Line line_at(double drive) {
   const double level = drive * PanelModel::kTopLevel;
   const double upper = level > 1.0 ? std::min(std::ceil(level), double{PanelModel::kTopLevel}) : 1.0;
   return {static_cast<size_t>(upper), level - (upper - 1.0)};
+}
+
+// A component of a gray ramp at a level: lines between the readings, and from 0.
+double gray_at(const std::vector<MeasuredLight> &ramp, double level, Eigen::Index component) {
+  double low_level = 0.0;
+  double low = 0.0;
+  for (const MeasuredLight &gray : ramp) {
+    const double high_level = gray.drives[0];
+    const double high = gray.XYZ[component];
+    if (level <= high_level) {
+      return low + (high - low) * (level - low_level) / (high_level - low_level);
+    }
+    low_level = high_level;
+    low = high;
+  }
+  return low;
 }
 
 // The roots of components of light; 0 for what is no light.
@@ -65,6 +84,36 @@ PanelModel::PanelModel(const vexo &context)
     full_[static_cast<Eigen::Index>(c)] = channels_[c].back().sum();
     white_ += channels_[c].back();
   }
+}
+
+// Red, green and blue dominate X, Y and Z.
+void PanelModel::shape_channels(const std::vector<MeasuredLight> &ramp) {
+  for (int row = 1; row < measurements_.num; row++) {
+    const double from = level_of(row - 1);
+    const double to = level_of(row);
+    const auto between = std::count_if(ramp.begin(), ramp.end(), [&](const MeasuredLight &gray) {
+      return gray.drives[0] > from && gray.drives[0] < to;
+    });
+    for (size_t c = 0; c < 3 && between >= kLeastShape; c++) {
+      const auto share = [&, component = static_cast<Eigen::Index>(c)](double level) {
+        const double low = gray_at(ramp, from, component);
+        const double rise = gray_at(ramp, to, component) - low;
+        const double line = (level - from) / (to - from);
+        return rise > 0.0 ? std::clamp((gray_at(ramp, level, component) - low) / rise, 0.0, 1.0) : line;
+      };
+      const auto first = static_cast<size_t>(std::lround(from * kTopLevel));
+      const auto last = static_cast<size_t>(std::lround(to * kTopLevel));
+      const Triple bottom = channels_[c][first];
+      const Triple rise = channels_[c][last] - bottom;
+      for (size_t level = first + 1; level < last; level++) {
+        channels_[c][level] = bottom + rise * share(static_cast<double>(level) / kTopLevel);
+      }
+    }
+  }
+}
+
+double PanelModel::level_of(int row) const {
+  return double{measurements_.sample[row]} / measurements_.sample[measurements_.num - 1];
 }
 
 void PanelModel::learn_grays(const std::vector<MeasuredLight> &lights) {
@@ -148,9 +197,8 @@ std::shared_ptr<const Mixtures> PanelModel::solve_mixtures(const std::vector<Mea
     samples.push_back({place(alone(drives)), Triple::Zero(), kExactNoise});
   };
   for (int row = 1; row < measurements_.num; row++) {
-    const double level = double{measurements_.sample[row]} / measurements_.sample[measurements_.num - 1];
     for (Eigen::Index c = 0; c < 3; c++) {
-      exact(level * Triple::Unit(c));
+      exact(level_of(row) * Triple::Unit(c));
     }
   }
   for (const Residual &residual : residuals_) {

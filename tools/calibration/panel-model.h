@@ -1,7 +1,8 @@
 // What a panel shows at any three drives, predicted from measurements. Every prediction of the tool comes from here.
 //
 // The channels add: S(d) is the sum of the three channels, each driven alone, linear in X, Y and Z between the 1024
-// levels of the library's tables. Real panels do not add. Measured grays tell by how much: at the gray level
+// levels of the library's tables, which are lines between rows. Where grays were measured between two rows, the
+// channels rise as these do. Real panels do not add. Measured grays tell by how much: at the gray level
 // t, the mean of r, g and b, the panel shows D(t) more than S(t, t, t). The model adds, component by component,
 //
 //   XYZ(d) = S(d) + D(t) sqrt(S(d) / S(t, t, t)) g,   g = r g b / t^3.
@@ -37,6 +38,7 @@ struct MeasuredLight {
 
 // What was measured of a panel beside its channels.
 struct Evidence {
+  std::vector<MeasuredLight> ramp;               // the bare grays as they were read
   std::vector<std::vector<MeasuredLight>> grays; // in the order in which the model learns them
   std::shared_ptr<const Mixtures> mixtures;      // null for none
 };
@@ -50,6 +52,10 @@ public:
 
   // The additive model. None when the library makes no tables of the measurements.
   static std::optional<PanelModel> of(const vexo_lcnr &measurements);
+
+  // Where a gray ramp of the bare panel has several readings between two rows, the channels rise between these as it
+  // does: red as its X, green as its Y, blue as its Z. Elsewhere they rise in a line.
+  void shape_channels(const std::vector<MeasuredLight> &ramp);
 
   // Makes the model show lights that were measured at drives near gray. Their gray levels rise from above 0. What the
   // model has learnt from other grays stays, and these correct it.
@@ -90,6 +96,7 @@ private:
   };
 
   explicit PanelModel(const vexo &context);
+  double level_of(int row) const;
   Eigen::Matrix3d alone(const Triple &drives) const;
   Triple place(const Eigen::Matrix3d &lights) const;
   Triple scale_of(const Triple &sum) const;

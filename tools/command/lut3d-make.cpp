@@ -35,13 +35,6 @@ void show_progress(double part) {
   }
 }
 
-void warn_of_model(const PanelInput &input, const PanelModel &model) {
-  const std::string text = input.more.mixtures ? doubt(cross_validate(*input.more.mixtures, model)) : "";
-  if (!text.empty()) {
-    warn(text);
-  }
-}
-
 void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) {
   const double error = predicted_error(model, luts, target).mean;
   if (error > kGraysFollow) {
@@ -51,27 +44,45 @@ void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) 
   }
 }
 
-// CIEDE2000 of the 24 colours.
-template <typename Shown> Spread chart_error(const SignalColours &colours, Shown shown) {
+// CIEDE2000 of the 24 colours; error(signal) tells that of one.
+template <typename Error> Spread chart_error(const SignalColours &colours, Error error) {
   Spread spread = {0.0, 0.0};
   int count = 0;
   for (const Patch &patch : test_colours(colours)) {
     if (patch.group == kChart) {
-      const Triple light = shown(patch.signal);
-      const double error =
-          de2000(single(light.cwiseMax(0.0)), single(colours.XYZ(patch.signal)), single(colours.white()));
-      spread.mean += (error - spread.mean) / ++count;
-      spread.worst = std::max(spread.worst, error);
+      const double e = error(patch.signal);
+      spread.mean += (e - spread.mean) / ++count;
+      spread.worst = std::max(spread.worst, e);
     }
   }
   return spread;
 }
 
+size_t nearest_reading(const std::vector<MeasuredLight> &lights, const Triple &drives) {
+  const auto distance = [&](const MeasuredLight &light) { return (light.drives - drives).norm(); };
+  const auto nearest = std::min_element(lights.begin(), lights.end(),
+                                        [&](const auto &a, const auto &b) { return distance(a) < distance(b); });
+  return static_cast<size_t>(nearest - lights.begin());
+}
+
 void print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
-  const Spread before = chart_error(colours, [&](const Triple &signal) { return panel.shown(signal); });
-  const Spread after = chart_error(colours, [&](const Triple &signal) { return panel.shown(through(lut, signal)); });
+  const auto error = [&](const Triple &signal, const Triple &inputs) {
+    return de2000(single(panel.shown(inputs).cwiseMax(0.0)), single(colours.XYZ(signal)), single(colours.white()));
+  };
+  const Spread before = chart_error(colours, [&](const Triple &signal) { return error(signal, signal); });
+  const Spread after = chart_error(colours, [&](const Triple &signal) { return error(signal, through(lut, signal)); });
   std::fprintf(f, "24 colours    CIEDE2000 mean %.2f, worst %.2f; without the 3D LUT %.2f, %.2f (predicted)\n",
                after.mean, after.worst, before.mean, before.worst);
+}
+
+// How far the model can be trusted there: its error at the readings nearest to the colours.
+void print_trust(const MixtureReadings &readings, const CrossValidation &validation, const SignalColours &colours,
+                 const vexo_lut *luts, vexo_3dlut *lut, std::FILE *f) {
+  const Spread spread = chart_error(colours, [&](const Triple &signal) {
+    return validation.de2000[nearest_reading(readings.lights, drives_at(luts, through(lut, signal)))];
+  });
+  std::fprintf(f, "Model         CIEDE2000 mean %.2f, worst %.2f at the measured mixtures nearest to these, left out\n",
+               spread.mean, spread.worst);
 }
 
 void print_clipped(const OutOfGamut &clipped, int size, bool details, std::FILE *f) {
@@ -92,24 +103,30 @@ void make(const MakeOptions &options) {
                 {options.output.path});
   const PanelInput input = read_panel_input(options.panel);
   const PanelModel model = model_of(input);
-  warn_of_model(input, model);
   const Target target = on_panel(wished, model);
   LutSet luts = options.luts.empty() ? LutSet() : read_luts(options.luts);
-  const bool has_luts = !options.luts.empty();
-  if (has_luts) {
+  const vexo_lut *between = options.luts.empty() ? nullptr : luts.get();
+  if (between != nullptr) {
     warn_of_grays(model, luts, target);
   }
-  const PanelInputs panel(model, has_luts ? luts.get() : nullptr);
+  const PanelInputs panel(model, between);
   const Triple black = included_black(target.curve, model);
-  const double white = has_luts ? panel.shown(Triple::Ones())[1] + black[1] : white_luminance(panel, target);
+  const double white = between != nullptr ? panel.shown(Triple::Ones())[1] + black[1] : white_luminance(panel, target);
   const SignalColours colours(options.space, target, white, black);
   say("solves the nodes");
-  Cube cube = make_cube(panel, colours, options.size, has_luts, show_progress);
+  Cube cube = make_cube(panel, colours, options.size, between != nullptr, show_progress);
   vexo_3dlut_set_title(cube.lut.get(), options.title.value_or(options.space.name).c_str());
   write_lut3d(options.output, cube.lut.get());
   std::FILE *f = options.output.path == "-" ? stderr : stdout;
   print_clipped(cube.clipped, options.size, options.clip, f);
   print_colours(panel, colours, cube.lut.get(), f);
+  if (input.more.mixtures) {
+    const CrossValidation validation = cross_validate(*input.more.mixtures, model);
+    print_trust(*input.more.mixtures, validation, colours, between, cube.lut.get(), f);
+    if (!validation.holds) {
+      warn(doubt(validation));
+    }
+  }
 }
 
 } // namespace
