@@ -67,6 +67,14 @@ template <typename Run> std::string diagnostics(Run run) {
   });
 }
 
+// The sign of a NaN is the processor's choice.
+inline std::string without_nan_signs(std::string text) {
+  for (size_t at = 0; (at = text.find("-nan", at)) != std::string::npos;) {
+    text.erase(at, 1);
+  }
+  return text;
+}
+
 // A folder that lives as long as the object. Its name has a blank, as folders may.
 class TemporaryFolder {
 public:

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <sstream>
 
 #include "lut3d.h"
@@ -246,13 +247,10 @@ Numbers resampled(Source &source) {
   return results;
 }
 
-// What is printed; the sign of a NaN is the processor's choice.
-template <typename Print> std::string printed_numbers(Print print) {
-  std::string text = printed(print);
-  for (size_t at = 0; (at = text.find("-nan", at)) != std::string::npos;) {
-    text.erase(at, 1);
-  }
-  return text;
+// Bytes of 0 to 255: the sign of a char is the processor's choice.
+void append_bytes(Numbers *results, const std::string &bytes) {
+  std::transform(bytes.begin(), bytes.end(), std::back_inserter(*results),
+                 [](char c) { return static_cast<unsigned char>(c); });
 }
 
 Numbers files_3d(Source &source) {
@@ -265,12 +263,12 @@ Numbers files_3d(Source &source) {
   for (const auto &write :
        {vexo_3dlut_dump_dat, vexo_3dlut_dump_coe, vexo_3dlut_dump_debug, vexo_3dlut_dump_1dlut_debug}) {
     const std::string text = printed([&](FILE *f) { append(&results, write(lut.get(), f, bits)); });
-    results.insert(results.end(), text.begin(), text.end());
+    append_bytes(&results, text);
   }
   MemoryFile dat(printed([&](FILE *f) { vexo_3dlut_dump_dat(lut.get(), f, bits); }));
   append_lut(&results, Lut(vexo_3dlut_load_dat(dat.stream())));
-  std::string cube = printed_numbers([&](FILE *f) { vexo_3dlut_dump_cube(lut.get(), f); });
-  results.insert(results.end(), cube.begin(), cube.end());
+  std::string cube = without_nan_signs(printed([&](FILE *f) { vexo_3dlut_dump_cube(lut.get(), f); }));
+  append_bytes(&results, cube);
   append_lut(&results, Lut(vexo_3dlut_cube_load_buf(cube.data(), static_cast<int>(cube.size()))));
   return results;
 }
@@ -281,7 +279,8 @@ Numbers files_1d(Luts *luts, int bits) {
     vexo_lut_dump_int(f, luts->lut, bits, nullptr);
     vexo_lut_dump_int3(f, luts->lut, bits, nullptr);
   });
-  Numbers results(text.begin(), text.end());
+  Numbers results;
+  append_bytes(&results, text);
   MemoryFile file(printed([&](FILE *f) { vexo_luts_store_int(f, luts->lut, bits); }));
   vexo_lut read[3] = {};
   append(&results, vexo_luts_load_int(file.stream(), read));
