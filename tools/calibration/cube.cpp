@@ -155,6 +155,23 @@ Cube make_cube(const PanelInputs &panel, const SignalColours &colours, int size,
   return cube;
 }
 
+Space panel_space(const PanelModel &model, const White &white) {
+  Space space = {"the panel's at white " + white.name, primaries_of(model)};
+  vexo_cs_set_w(&space.cs, white.xyz.d[0], white.xyz.d[1]);
+  if (vexo_cs_matrix(&space.cs, &space.cs.npm) != 0) {
+    throw Failure(kInputError, "the panel's primaries span no triangle");
+  }
+  return space;
+}
+
+Eigen::Matrix3d signal_matrix(Space from, Space to) {
+  vexo_matrix matrix = {};
+  if (vexo_cs_chad_transform(&matrix, &to.cs, &from.cs) != 0) {
+    throw Failure(kInputError, "no matrix leads from " + from.name + " to " + to.name);
+  }
+  return doubled(matrix);
+}
+
 Triple through(vexo_3dlut *lut, const Triple &signal) {
   return trilinear(signal, vexo_3dlut_size(lut), [&](ptrdiff_t r, ptrdiff_t g, ptrdiff_t b) {
     return triple(*vexo_3dlut_item(lut, static_cast<int>(b), static_cast<int>(g), static_cast<int>(r)));

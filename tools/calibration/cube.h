@@ -52,6 +52,13 @@ struct Cube {
 Cube make_cube(const PanelInputs &panel, const SignalColours &colours, int size, bool keeps_grays,
                const std::function<void(double)> &progress);
 
+// The colour space of a panel whose grays have a white. Throws a Failure (input) where its primaries span no triangle.
+Space panel_space(const PanelModel &model, const White &white);
+
+// The matrix that leads from signals of one space to those of another of another white (Bradford). It is exact for
+// light; on signals it is what hardware with a matrix alone can do.
+Eigen::Matrix3d signal_matrix(Space from, Space to);
+
 // What the LUT makes of a signal, by trilinear interpolation.
 Triple through(vexo_3dlut *lut, const Triple &signal);
 

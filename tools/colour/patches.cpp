@@ -80,3 +80,7 @@ std::vector<Patch> test_colours(const SignalColours &colours) {
   }
   return patches;
 }
+
+double colour_error(const Triple &light, const Triple &signal, const SignalColours &colours) {
+  return de2000(single(light.cwiseMax(0.0)), single(colours.XYZ(signal)), single(colours.white()));
+}

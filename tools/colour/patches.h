@@ -2,10 +2,12 @@
 #ifndef VEXO_TOOLS_PATCHES_H
 #define VEXO_TOOLS_PATCHES_H
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "calibration/cube.h"
+#include "calibration/figures.h"
 
 struct Patch {
   std::string group;
@@ -18,5 +20,22 @@ std::vector<Patch> test_colours(const SignalColours &colours);
 
 // The name of the first group, the 24 colours.
 inline const char *const kChart = "24 colours";
+
+// CIEDE2000 of a light above black to what a signal asks for.
+double colour_error(const Triple &light, const Triple &signal, const SignalColours &colours);
+
+// The errors of the 24 colours; error(signal) tells that of one.
+template <typename Error> Spread chart_error(const SignalColours &colours, Error error) {
+  Spread spread = {0.0, 0.0};
+  int count = 0;
+  for (const Patch &patch : test_colours(colours)) {
+    if (patch.group == kChart) {
+      const double e = error(patch.signal);
+      spread.mean += (e - spread.mean) / ++count;
+      spread.worst = std::max(spread.worst, e);
+    }
+  }
+  return spread;
+}
 
 #endif

@@ -83,6 +83,11 @@ void print_text(const CscResult &r, bool registers) {
     const auto &out = r.applied->out.d;
     std::printf("Apply   %g %g %g gives %.6g %.6g %.6g\n", in[0], in[1], in[2], out[0], out[1], out[2]);
   }
+  if (r.effect) {
+    std::printf("Leaves  CIEDE2000 mean %.2f, worst %.2f at 24 colours, if the channels add; without the conversion "
+                "%.2f, %.2f\n",
+                r.effect->with.mean, r.effect->with.worst, r.effect->without.mean, r.effect->without.worst);
+  }
 }
 
 Json json_of(const CscResult &r) {
@@ -93,6 +98,10 @@ Json json_of(const CscResult &r) {
                    {"registers", json_of(r.registers)}};
   if (r.applied) {
     document["apply"] = {{"in", json_vector(r.applied->in)}, {"out", json_vector(r.applied->out)}};
+  }
+  if (r.effect) {
+    const auto json = [](const Spread &s) { return Json{{"mean", s.mean}, {"worst", s.worst}}; };
+    document["colours"] = {{"without", json(r.effect->without)}, {"with", json(r.effect->with)}};
   }
   return document;
 }

@@ -1,9 +1,12 @@
 // vexo csc: the conversion between two video signals, and the registers of the hardware converter.
 #include <optional>
 
+#include "colour/patches.h"
 #include "command/cli.h"
 #include "command/commands.h"
 #include "command/csc-output.h"
+#include "command/shared-options.h"
+#include "file/input.h"
 #include "signal/conversion.h"
 #include "text/grammar.h"
 
@@ -15,7 +18,8 @@ struct CscOptions {
   Signal to;
   Space space = parse_space("--space", "bt709"); // of both
   std::optional<Space> from_space;
-  std::optional<Space> to_space;
+  std::string to_space;      // or a panel's file
+  std::string white = "D65"; // of that panel
   std::string luma = "primaries";
   vexo_ccp controls;
   float hue = 0.0F; // in degrees
@@ -24,10 +28,38 @@ struct CscOptions {
   bool json = false;
 };
 
+bool is_panel(const std::string &space) { return has_extension(space, ".xml"); }
+
+Space output_space(const CscOptions &options, const Space &both) {
+  if (is_panel(options.to_space)) {
+    Space space = panel_space(model_of(read_panel_input({options.to_space, "", "", "on"})),
+                              parse_white("--white", options.white));
+    space.name = options.to_space + " at white " + options.white;
+    return space;
+  }
+  return options.to_space.empty() ? both : parse_space("--to-space", options.to_space);
+}
+
+// The 24 colours on a panel whose channels add and follow the power law 2.2.
+MatrixEffect effect_of_matrix(const Space &from, const Space &panel, const White &white) {
+  const Target target = {white, power_law(2.2F), {}};
+  const SignalColours wanted(from, target, 1.0, Triple::Zero());
+  const SignalColours shown(panel, target, 1.0, Triple::Zero());
+  const Eigen::Matrix3d matrix = signal_matrix(from, panel);
+  const auto error = [&](const Triple &signal, const Triple &inputs) {
+    return colour_error(shown.XYZ(inputs.cwiseMax(0.0).cwiseMin(1.0)), signal, wanted);
+  };
+  return {chart_error(wanted, [&](const Triple &signal) { return error(signal, signal); }),
+          chart_error(wanted, [&](const Triple &signal) { return error(signal, matrix * signal); })};
+}
+
 CscResult convert(const CscOptions &options) {
-  const Space space = options.luma == "bt601" ? with_bt601_luma(options.space) : options.space;
+  const Space both = options.luma == "bt601" ? with_bt601_luma(options.space) : options.space;
   CscResult r = {
-      {options.from, options.from_space.value_or(space)}, {options.to, options.to_space.value_or(space)}, {}, {}, {}};
+      {options.from, options.from_space.value_or(both)}, {options.to, output_space(options, both)}, {}, {}, {}, {}};
+  if (is_panel(options.to_space)) {
+    r.effect = effect_of_matrix(r.from.space, r.to.space, parse_white("--white", options.white));
+  }
   vexo_ccp controls = options.controls;
   controls.hue = static_cast<float>(options.hue * 3.141592653589793 / 180.0);
   r.conversion = build_conversion(r.from, r.to, controls);
@@ -54,8 +86,12 @@ void add_spaces(CLI::App *command, CscOptions &options) {
   CLI::Option *both = add_parsed(command, "--space", options.space, parse_space,
                                  "Colour space of both by name, or rx,ry,gx,gy,bx,by,wx,wy");
   CLI::Option *from = add_parsed(command, "--from-space", options.from_space, parse_space, "Colour space of the input");
-  CLI::Option *to = add_parsed(command, "--to-space", options.to_space, parse_space,
-                               "Colour space of the output; whites are adapted (Bradford)");
+  CLI::Option *to = command->add_option("--to-space", options.to_space,
+                                        "Colour space of the output, or PANEL.xml: the panel's primaries at --white; "
+                                        "whites are adapted (Bradford)");
+  command->add_option("--white", options.white, "White of the panel's grays, as vexo calibrate has it")
+      ->capture_default_str()
+      ->needs(to);
   both->default_str(options.space.name)->excludes(from)->excludes(to);
   for (CLI::Option *space : {both, from, to}) {
     space->type_name(words_among_others(space_names()));

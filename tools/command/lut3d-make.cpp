@@ -44,20 +44,6 @@ void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) 
   }
 }
 
-// CIEDE2000 of the 24 colours; error(signal) tells that of one.
-template <typename Error> Spread chart_error(const SignalColours &colours, Error error) {
-  Spread spread = {0.0, 0.0};
-  int count = 0;
-  for (const Patch &patch : test_colours(colours)) {
-    if (patch.group == kChart) {
-      const double e = error(patch.signal);
-      spread.mean += (e - spread.mean) / ++count;
-      spread.worst = std::max(spread.worst, e);
-    }
-  }
-  return spread;
-}
-
 size_t nearest_reading(const std::vector<MeasuredLight> &lights, const Triple &drives) {
   const auto distance = [&](const MeasuredLight &light) { return (light.drives - drives).norm(); };
   const auto nearest = std::min_element(lights.begin(), lights.end(),
@@ -67,7 +53,7 @@ size_t nearest_reading(const std::vector<MeasuredLight> &lights, const Triple &d
 
 void print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
   const auto error = [&](const Triple &signal, const Triple &inputs) {
-    return de2000(single(panel.shown(inputs).cwiseMax(0.0)), single(colours.XYZ(signal)), single(colours.white()));
+    return colour_error(panel.shown(inputs), signal, colours);
   };
   const Spread before = chart_error(colours, [&](const Triple &signal) { return error(signal, signal); });
   const Spread after = chart_error(colours, [&](const Triple &signal) { return error(signal, through(lut, signal)); });
@@ -138,7 +124,8 @@ void add_lut3d_make(CLI::App &lut3d) {
   command->add_option("--luts", options.luts,
                       "Three-channel integer LUT file between the 3D LUT and the panel: it keeps the grays");
   add_parsed(command, "--space", options.space, parse_space,
-             "Colour space of the signal: " + space_names() + ", or rx,ry,gx,gy,bx,by,wx,wy")
+             "Colour space of the signal by name, or rx,ry,gx,gy,bx,by,wx,wy")
+      ->type_name(words_among_others(space_names()))
       ->default_str(options.space.name);
   add_target_options(command, options.target);
   add_from_option(command, options.target);

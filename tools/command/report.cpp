@@ -1,7 +1,9 @@
 // vexo report: the calibration report for LUTs that exist already.
 #include <CLI/CLI.hpp>
 
+#include "command/cli.h"
 #include "command/commands.h"
+#include "command/lut3d-input.h"
 #include "command/shared-options.h"
 #include "file/input.h"
 #include "report/verdict.h"
@@ -14,10 +16,15 @@ struct ReportCommandOptions {
   std::string luts;
   TargetOptions target;
   ReportOptions report;
+  bool patches = false;
+  std::string lut3d;
+  Space space = parse_space("--space", "bt709");
+  std::string verify_colors;
 };
 
 void run(const ReportCommandOptions &options, const std::string &command_line) {
   require_apart(options.panel, options.target, options.report, options.luts, "");
+  require_apart({options.lut3d, options.verify_colors}, {options.report.html, options.report.json, options.report.csv});
   ReportSource source;
   const TargetOptions target_options = complete(options.target);
   const Target target = parse_target(target_options);
@@ -38,6 +45,15 @@ void run(const ReportCommandOptions &options, const std::string &command_line) {
   source.target_options = given(target_options);
   source.labels = options.report.labels;
   source.additivity = input.additivity;
+  Lut3d cube;
+  if (!options.lut3d.empty()) {
+    Lut3dInput file;
+    file.path = options.lut3d;
+    cube = read_with_warnings(file).lut;
+  }
+  if (options.patches || cube != nullptr || !options.verify_colors.empty()) {
+    source.colours = ColourSource{options.space, cube.get(), options.verify_colors};
+  }
   const Report report = make_report(source);
   write_reports(options.report, report);
   write_verdict(report, options.report.to_stdout() ? stderr : stdout);
@@ -59,6 +75,14 @@ void add_report(CLI::App &app, const std::string &command_line) {
   add_target_options(command, options->target);
   add_from_option(command, options->target);
   add_report_options(command, options->report);
+  command->add_flag("--patches", options->patches, "Judge colours, too: 24 of a chart, skin tones, saturation sweeps");
+  command->add_option("--lut3d", options->lut3d, "3D LUT in front of the 1D LUTs, for --patches");
+  add_parsed(command, "--space", options->space, parse_space,
+             "Colour space of the signal for --patches by name, or rx,ry,gx,gy,bx,by,wx,wy")
+      ->type_name(words_among_others(space_names()))
+      ->default_str(options->space.name);
+  command->add_option("--verify-colors", options->verify_colors,
+                      "Colours measured through all LUTs (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3), for --patches");
   command->add_flag_callback(
       "--list-limits",
       [] {

@@ -7,6 +7,12 @@ namespace {
 
 const double kUnknown = std::numeric_limits<double>::quiet_NaN();
 
+// Of the 24 colours, in the way that is judged.
+Spread judged_colours(const Report &report) {
+  return report.colours ? colour_spread(*report.colours, report.colours->judged, kChart)
+                        : Spread{kUnknown, kUnknown};
+}
+
 double percent(double part) { return part * 100.0; }
 
 } // namespace
@@ -72,7 +78,9 @@ const std::vector<NamedFigure> kNamedFigures = {
     {"contrast", "Contrast", 0, Bound::kNamed, true,
      [](const Report &, const Ramp &r) { return contrast(r.seen.white - r.seen.black, r.seen.black); }},
     {"color_de2000_mean", "CIEDE2000 of colours, mean", 3, Bound::kMost, false,
-     [](const Report &, const Ramp &) { return kUnknown; }},
+     [](const Report &report, const Ramp &) { return judged_colours(report).mean; }},
+    {"color_de2000_worst", "CIEDE2000 of colours, worst", 3, Bound::kMost, false,
+     [](const Report &report, const Ramp &) { return judged_colours(report).worst; }},
 };
 
 const NamedFigure *figure_named(const std::string &name) {

@@ -210,7 +210,8 @@ std::string chart_section(const Report &report) {
 
 void write_html(const Report &report, std::FILE *f) {
   const std::string page = head(report) + summary_table(report) + limits_table(report) + facts(report) + notes(report) +
-                           chart_section(report) + gamut_table(report) + "<h2>Gray steps</h2>\n" + gray_table(report) +
-                           measured_table(report) + "</body>\n</html>\n";
+                           chart_section(report) + gamut_table(report) +
+                           (report.colours ? html_of(*report.colours) : "") + "<h2>Gray steps</h2>\n" +
+                           gray_table(report) + measured_table(report) + "</body>\n</html>\n";
   std::fputs(page.c_str(), f);
 }

@@ -144,6 +144,9 @@ void write_json(const Report &report, std::FILE *f) {
     document["summary"]["measured"] = json_figures(report, *report.measured);
   }
   document["gamut"] = json_gamut(report);
+  if (report.colours) {
+    document["colours"] = json_of(*report.colours);
+  }
   document["limits"] = json_limits(report.limits);
   document["steps"] = {{"target", json_grays(report.target.grays)},
                        {"before", json_grays(report.before.grays)},

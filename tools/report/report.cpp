@@ -128,6 +128,9 @@ Report make_report(const ReportSource &source) {
   report.source = source;
   add_facts(&report);
   add_ramps(&report);
+  if (source.colours) {
+    report.colours = judge_colours(*source.colours, *source.model, source.luts->get(), source.target);
+  }
   for (const std::string &name_or_file : source.limits) {
     const std::vector<LimitResult> judged = check_limits(report, name_or_file);
     report.limits.insert(report.limits.end(), judged.begin(), judged.end());

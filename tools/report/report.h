@@ -12,6 +12,7 @@
 #include "file/luts.h"
 #include "file/panel.h"
 #include "report/limits.h"
+#include "report/patches.h"
 
 // Texts that a user gives for the record; empty where not given.
 struct ReportLabels {
@@ -49,10 +50,11 @@ struct ReportSource {
   std::string command_line;
   std::vector<std::pair<std::string, std::string>> target_options; // as given, by name
   ReportLabels labels;
-  std::optional<Spread> additivity; // CIEDE2000 of the channels' sum to the measured grays of the bare panel
-  std::string verify;               // CSV file of a gray ramp measured through LUTs; empty: none
-  std::string measured_through;     // other LUTs that the ramp was measured through; empty: these
-  std::vector<std::string> limits;  // tolerances by name, and JSON files
+  std::optional<Spread> additivity;    // CIEDE2000 of the channels' sum to the measured grays of the bare panel
+  std::string verify;                  // CSV file of a gray ramp measured through LUTs; empty: none
+  std::string measured_through;        // other LUTs that the ramp was measured through; empty: these
+  std::optional<ColourSource> colours; // none: not judged
+  std::vector<std::string> limits;     // tolerances by name, and JSON files
 };
 
 struct Report {
@@ -72,6 +74,7 @@ struct Report {
   Ramp after;                   // predicted through the LUTs
   std::optional<Ramp> exact;    // predicted through the LUTs before rounding to codes
   std::optional<Ramp> measured; // as read
+  std::optional<ColourSection> colours;
   std::vector<LimitResult> limits;
 };
 
