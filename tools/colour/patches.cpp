@@ -70,7 +70,7 @@ std::vector<Patch> test_colours(const SignalColours &colours) {
   for (int i = 0; i < kSkinTones; i++) { // a step of these lies between the two, and one beyond each
     const double position = (i - 1) / (kSkinTones - 3.0);
     const Triple Lab = dark + (light - dark) * position;
-    patches.push_back({"skin tones", format("L* %.0f", Lab[0]), signal_of_Lab(Lab, colours)});
+    patches.push_back({"skin tones", format("skin, L* %.0f", Lab[0]), signal_of_Lab(Lab, colours)});
   }
   for (const Hue &hue : kHues) {
     for (int percent = 25; percent <= 100; percent += 25) {
