@@ -9,8 +9,10 @@
 
 namespace {
 
-// Grays that must have been read between two rows for their shape to count there.
+// Grays that must have been read between two rows for their shape to count there, and how much of it is the channels'.
+// The rest is what channels do together. Half foretells the measured mixtures of real panels best or nearly so.
 const int kLeastShape = 2;
+const double kShapeOfChannels = 0.5;
 
 // Variances of a reading among mixtures, and of the lights that the model shows exactly, in the unit of the kernel.
 const double kMixtureNoise = 0.005;
@@ -99,7 +101,8 @@ void PanelModel::shape_channels(const std::vector<MeasuredLight> &ramp) {
         const double low = gray_at(ramp, from, component);
         const double rise = gray_at(ramp, to, component) - low;
         const double line = (level - from) / (to - from);
-        return rise > 0.0 ? std::clamp((gray_at(ramp, level, component) - low) / rise, 0.0, 1.0) : line;
+        const double gray = rise > 0.0 ? std::clamp((gray_at(ramp, level, component) - low) / rise, 0.0, 1.0) : line;
+        return line + kShapeOfChannels * (gray - line);
       };
       const auto first = static_cast<size_t>(std::lround(from * kTopLevel));
       const auto last = static_cast<size_t>(std::lround(to * kTopLevel));

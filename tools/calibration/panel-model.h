@@ -2,8 +2,9 @@
 //
 // The channels add: S(d) is the sum of the three channels, each driven alone, linear in X, Y and Z between the 1024
 // levels of the library's tables, which are lines between rows. Where grays were measured between two rows, the
-// channels rise as these do. Real panels do not add. Measured grays tell by how much: at the gray level
-// t, the mean of r, g and b, the panel shows D(t) more than S(t, t, t). The model adds, component by component,
+// channels rise halfway between the line and these. Real panels do not add. Measured grays tell by how much: at the
+// gray level t, the mean of r, g and b, the panel shows D(t) more than S(t, t, t). The model adds, component by
+// component,
 //
 //   XYZ(d) = S(d) + D(t) sqrt(S(d) / S(t, t, t)) g,   g = r g b / t^3.
 //
@@ -53,8 +54,8 @@ public:
   // The additive model. None when the library makes no tables of the measurements.
   static std::optional<PanelModel> of(const vexo_lcnr &measurements);
 
-  // Where a gray ramp of the bare panel has several readings between two rows, the channels rise between these as it
-  // does: red as its X, green as its Y, blue as its Z. Elsewhere they rise in a line.
+  // Where a gray ramp of the bare panel has several readings between two rows, the channels rise between these halfway
+  // between a line and the ramp: red as its X, green as its Y, blue as its Z. Elsewhere they rise in a line.
   void shape_channels(const std::vector<MeasuredLight> &ramp);
 
   // Makes the model show lights that were measured at drives near gray. Their gray levels rise from above 0. What the
