@@ -5,6 +5,7 @@
 #include "command/commands.h"
 #include "command/lut3d-input.h"
 #include "command/shared-options.h"
+#include "file/apart.h"
 #include "file/input.h"
 #include "report/verdict.h"
 #include "text/failure.h"
