@@ -155,6 +155,10 @@ Cube make_cube(const PanelInputs &panel, const SignalColours &colours, int size,
   return cube;
 }
 
+bool in_gamut(const PanelInputs &panel, const Triple &XYZ) {
+  return beyond(Inverse(panel, kPrecision).lights(XYZ)) <= kInGamut;
+}
+
 Space panel_space(const PanelModel &model, const White &white) {
   Space space = {"the panel's at white " + white.name, primaries_of(model)};
   vexo_cs_set_w(&space.cs, white.xyz.d[0], white.xyz.d[1]);

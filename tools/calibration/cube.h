@@ -52,6 +52,9 @@ struct Cube {
 Cube make_cube(const PanelInputs &panel, const SignalColours &colours, int size, bool keeps_grays,
                const std::function<void(double)> &progress);
 
+// Whether the panel has a colour above black, but for rounding.
+bool in_gamut(const PanelInputs &panel, const Triple &XYZ);
+
 // The colour space of a panel whose grays have a white. Throws a Failure (input) where its primaries span no triangle.
 Space panel_space(const PanelModel &model, const White &white);
 

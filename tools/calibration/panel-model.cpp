@@ -68,7 +68,8 @@ double gray_level(const Triple &drives) { return drives.cwiseMax(0.0).mean(); }
 // 1 at gray, nearly 1 close to it, 0 where a channel is dark.
 double grayness(const Triple &drives) {
   const Triple d = drives.cwiseMax(0.0);
-  return d.mean() > 0.0 ? d.prod() / std::pow(d.mean(), 3) : 0.0;
+  const double t = d.mean();
+  return t > 0.0 ? d.prod() / (t * t * t) : 0.0;
 }
 
 std::optional<PanelModel> PanelModel::of(const vexo_lcnr &measurements) {

@@ -3,6 +3,7 @@
 #define VEXO_TOOLS_PATCHES_H
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -24,15 +25,16 @@ inline const char *const kChart = "24 colours";
 // CIEDE2000 of a light above black to what a signal asks for.
 double colour_error(const Triple &light, const Triple &signal, const SignalColours &colours);
 
-// The errors of the 24 colours; error(signal) tells that of one.
+// The errors of the 24 colours; error(signal) tells that of one, and NaN leaves it out.
 template <typename Error> Spread chart_error(const SignalColours &colours, Error error) {
   Spread spread = {0.0, 0.0};
   int count = 0;
   for (const Patch &patch : test_colours(colours)) {
     if (patch.group == kChart) {
-      const double e = error(patch.signal);
-      spread.mean += (e - spread.mean) / ++count;
-      spread.worst = std::max(spread.worst, e);
+      if (const double e = error(patch.signal); !std::isnan(e)) {
+        spread.mean += (e - spread.mean) / ++count;
+        spread.worst = std::max(spread.worst, e);
+      }
     }
   }
   return spread;

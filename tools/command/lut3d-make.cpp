@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "calibration/cube.h"
@@ -59,6 +60,18 @@ void print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_
   const Spread after = chart_error(colours, [&](const Triple &signal) { return error(signal, through(lut, signal)); });
   std::fprintf(f, "24 colours    CIEDE2000 mean %.2f, worst %.2f; without the 3D LUT %.2f, %.2f (predicted)\n",
                after.mean, after.worst, before.mean, before.worst);
+  int outside = 0;
+  const Spread inside = chart_error(colours, [&](const Triple &signal) {
+    if (in_gamut(panel, colours.XYZ(signal))) {
+      return error(signal, through(lut, signal));
+    }
+    outside++;
+    return std::numeric_limits<double>::quiet_NaN();
+  });
+  if (outside > 0) {
+    std::fprintf(f, "              %d of them out of gamut; the others mean %.2f, worst %.2f\n", outside, inside.mean,
+                 inside.worst);
+  }
 }
 
 // How far the model can be trusted there: its error at the readings nearest to the colours.

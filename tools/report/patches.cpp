@@ -118,7 +118,8 @@ ColourSection judge_colours(const ColourSource &source, const PanelModel &model,
     section.ways.emplace_back("with the 3D LUT");
   }
   for (const Patch &patch : test_colours(colours)) {
-    ColourRow row = {patch, colours.XYZ(patch.signal), {}};
+    const Triple wanted = colours.XYZ(patch.signal);
+    ColourRow row = {patch, wanted, in_gamut(panel, wanted), {}};
     const auto show = [&](const Triple &inputs) {
       const Triple XYZ = panel.shown(inputs.cwiseMax(0.0).cwiseMin(1.0));
       row.shown.push_back({XYZ, colour_error(XYZ, patch.signal, colours)});
@@ -162,7 +163,7 @@ std::string html_of(const ColourSection &section) {
     const Triple &signal = row.patch.signal;
     const ShownColour &judged = row.shown[section.judged];
     const Triple &swatch_XYZ = std::isnan(judged.de2000) ? row.wanted : judged.XYZ;
-    out += "<tr><th scope=\"row\">" + escaped(row.patch.name) + "</th>" +
+    out += "<tr><th scope=\"row\">" + escaped(row.patch.name) + (row.in_gamut ? "" : ", out of gamut") + "</th>" +
            swatch(css_of(row.wanted, screen, white), css_of(swatch_XYZ, screen, white)) +
            format("<td>%.1f, %.1f, %.1f</td>", signal[0] * 100.0, signal[1] * 100.0, signal[2] * 100.0);
     for (const ShownColour &shown : row.shown) {
@@ -199,6 +200,7 @@ Json json_of(const ColourSection &section) {
                     {"name", row.patch.name},
                     {"signal", list(row.patch.signal)},
                     {"XYZ", list(row.wanted)},
+                    {"in_gamut", row.in_gamut},
                     {"shown", shown}});
   }
   return {{"ways", section.ways}, {"judged", section.ways[section.judged]}, {"summary", summary}, {"colours", rows}};

@@ -24,6 +24,7 @@ struct ShownColour {
 struct ColourRow {
   Patch patch;
   Triple wanted; // XYZ
+  bool in_gamut; // whether the panel has it, by the model
   std::vector<ShownColour> shown;
 };
 
