@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "calibration/triple.h"
+#include "colour/triple.h"
 #include "file/panel.h"
 
 struct Conditioned {

@@ -30,8 +30,6 @@ double worst(const std::vector<double> &values) {
   return values.empty() ? kNone : *std::max_element(values.begin(), values.end());
 }
 
-Spread spread(const std::vector<double> &values) { return {mean(values), worst(values)}; }
-
 double mean_of_worst_tenth(std::vector<double> values) {
   std::sort(values.begin(), values.end(), std::greater<double>());
   values.resize((values.size() + 9) / 10);
@@ -85,12 +83,13 @@ double uv_star(double light, const vexo_vector &xyY, const vexo_vector &white) {
 Summary summarise(const std::vector<GrayFigure> &grays) {
   Summary s;
   const std::vector<double> de = collect(grays, &GrayFigure::de2000);
-  s.de2000 = spread(de);
+  s.de2000 = spread_of(de);
   s.de2000_worst_tenth = mean_of_worst_tenth(de);
-  s.near_black = spread(collect(grays, &GrayFigure::de2000, [](const GrayFigure &g) { return !is_judged(g.input); }));
-  s.chroma = spread(collect(grays, &GrayFigure::de2000_chroma));
-  s.duv = spread(collect(grays, &GrayFigure::duv));
-  s.curve = spread(collect(grays, &GrayFigure::curve));
+  s.near_black =
+      spread_of(collect(grays, &GrayFigure::de2000, [](const GrayFigure &g) { return !is_judged(g.input); }));
+  s.chroma = spread_of(collect(grays, &GrayFigure::de2000_chroma));
+  s.duv = spread_of(collect(grays, &GrayFigure::duv));
+  s.curve = spread_of(collect(grays, &GrayFigure::curve));
   s.light_error_dark = worst_in_band(grays, &GrayFigure::light_error, 0.1, 1.0);
   s.light_error_bright = worst_in_band(grays, &GrayFigure::light_error, 1.0, kEndless);
   s.uv_star_worst = worst_in_band(grays, &GrayFigure::uv_star, 1.0, 100.0);
@@ -109,6 +108,11 @@ Summary summarise(const std::vector<GrayFigure> &grays) {
 }
 
 } // namespace
+
+Spread spread_of(std::vector<double> errors) {
+  errors.erase(std::remove_if(errors.begin(), errors.end(), [](double e) { return std::isnan(e); }), errors.end());
+  return {mean(errors), worst(errors)};
+}
 
 bool is_judged(double input) { return input >= kJudgedFrom - 1e-6; } // levels of files are single precision
 

@@ -56,10 +56,13 @@ std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, c
 // The same at each percent of input.
 std::vector<GrayFigure> predict(const PanelModel &model, const vexo_lut *luts, const Triple &black);
 
+// Of errors that are numbers; NaN where none is.
 struct Spread {
   double mean;
   double worst;
 };
+
+Spread spread_of(std::vector<double> errors);
 
 // Over the grays that are judged and have the figure.
 struct Summary {

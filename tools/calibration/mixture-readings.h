@@ -36,7 +36,7 @@ struct LayerError {
 struct CrossValidation {
   size_t readings;
   std::vector<LayerError> layers;
-  std::vector<double> de2000; // of each reading, by the whole model
+  std::vector<double> de2000;   // of each reading, by the whole model
   std::vector<std::string> odd; // readings that stick out, with their error
   bool holds;                   // whether the whole model meets this panel
 };

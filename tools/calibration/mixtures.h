@@ -15,7 +15,7 @@
 
 #include <vector>
 
-#include "calibration/triple.h"
+#include "colour/triple.h"
 
 // A residual that is known at a point.
 struct MixtureSample {

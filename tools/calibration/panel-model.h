@@ -28,7 +28,7 @@
 #include <vector>
 
 #include "calibration/mixtures.h"
-#include "calibration/triple.h"
+#include "colour/triple.h"
 #include "vexo.h"
 
 // A light that was measured at three drives of 0..1.

@@ -1,7 +1,7 @@
 // vexo csc: the conversion between two video signals, and the registers of the hardware converter.
 #include <optional>
 
-#include "colour/patches.h"
+#include "calibration/test-colours.h"
 #include "command/cli.h"
 #include "command/commands.h"
 #include "command/csc-output.h"

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "calibration/cube.h"
-#include "colour/patches.h"
+#include "calibration/test-colours.h"
 #include "command/cli.h"
 #include "command/commands.h"
 #include "command/shared-options.h"

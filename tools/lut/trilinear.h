@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "calibration/triple.h"
+#include "colour/triple.h"
 
 // at(r, g, b) gives the Triple at a node; an axis has size of them. Outside, the value at the nearest face.
 template <typename At> Triple trilinear(const Triple &point, ptrdiff_t size, At at) {

@@ -11,8 +11,8 @@
 #include "calibration/figures.h"
 #include "file/luts.h"
 #include "file/panel.h"
+#include "report/colour-section.h"
 #include "report/limits.h"
-#include "report/patches.h"
 
 // Texts that a user gives for the record; empty where not given.
 struct ReportLabels {

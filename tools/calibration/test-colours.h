@@ -1,9 +1,8 @@
 // Test colours: the 24 of the ColorChecker chart, skin tones, and saturation sweeps of six hues.
-#ifndef VEXO_TOOLS_PATCHES_H
-#define VEXO_TOOLS_PATCHES_H
+#ifndef VEXO_TOOLS_TEST_COLOURS_H
+#define VEXO_TOOLS_TEST_COLOURS_H
 
-#include <algorithm>
-#include <cmath>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,18 +25,6 @@ inline const char *const kChart = "24 colours";
 double colour_error(const Triple &light, const Triple &signal, const SignalColours &colours);
 
 // The errors of the 24 colours; error(signal) tells that of one, and NaN leaves it out.
-template <typename Error> Spread chart_error(const SignalColours &colours, Error error) {
-  Spread spread = {0.0, 0.0};
-  int count = 0;
-  for (const Patch &patch : test_colours(colours)) {
-    if (patch.group == kChart) {
-      if (const double e = error(patch.signal); !std::isnan(e)) {
-        spread.mean += (e - spread.mean) / ++count;
-        spread.worst = std::max(spread.worst, e);
-      }
-    }
-  }
-  return spread;
-}
+Spread chart_error(const SignalColours &colours, const std::function<double(const Triple &signal)> &error);
 
 #endif

@@ -1,11 +1,11 @@
 // The colour section of a report: test colours as they are shown, against what the signal asks for.
-#ifndef VEXO_TOOLS_REPORT_PATCHES_H
-#define VEXO_TOOLS_REPORT_PATCHES_H
+#ifndef VEXO_TOOLS_COLOUR_SECTION_H
+#define VEXO_TOOLS_COLOUR_SECTION_H
 
 #include <string>
 #include <vector>
 
-#include "colour/patches.h"
+#include "calibration/test-colours.h"
 #include "text/json.h"
 
 // What the section is made of.

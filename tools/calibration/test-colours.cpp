@@ -1,4 +1,4 @@
-#include "colour/patches.h"
+#include "calibration/test-colours.h"
 
 #include "colour/quantities.h"
 #include "text/format.h"
@@ -83,4 +83,14 @@ std::vector<Patch> test_colours(const SignalColours &colours) {
 
 double colour_error(const Triple &light, const Triple &signal, const SignalColours &colours) {
   return de2000(single(light.cwiseMax(0.0)), single(colours.XYZ(signal)), single(colours.white()));
+}
+
+Spread chart_error(const SignalColours &colours, const std::function<double(const Triple &signal)> &error) {
+  std::vector<double> errors;
+  for (const Patch &patch : test_colours(colours)) {
+    if (patch.group == kChart) {
+      errors.push_back(error(patch.signal));
+    }
+  }
+  return spread_of(errors);
 }

@@ -1,4 +1,4 @@
-#include "report/patches.h"
+#include "report/colour-section.h"
 
 #include <cmath>
 #include <limits>
@@ -138,17 +138,13 @@ ColourSection judge_colours(const ColourSource &source, const PanelModel &model,
 }
 
 Spread colour_spread(const ColourSection &section, size_t way, const std::string &group) {
-  Spread spread = {kNotMeasured, kNotMeasured};
-  int count = 0;
+  std::vector<double> errors;
   for (const ColourRow &row : section.rows) {
-    const double de = row.shown[way].de2000;
-    if ((group.empty() || row.patch.group == group) && !std::isnan(de)) {
-      spread = count == 0 ? Spread{0.0, 0.0} : spread;
-      spread.mean += (de - spread.mean) / ++count;
-      spread.worst = std::max(spread.worst, de);
+    if (group.empty() || row.patch.group == group) {
+      errors.push_back(row.shown[way].de2000);
     }
   }
-  return spread;
+  return spread_of(errors);
 }
 
 std::string html_of(const ColourSection &section) {
