@@ -29,7 +29,7 @@ const ChartColour kColours[] = {
 
 const Triple kD50(0.9642, 1.0, 0.8249); // as in colour profiles (ISO 15076-1)
 const int kSkinTones = 5;
-const double kSweepLevel = 0.75; // of the signal
+const double kSweepLevel = 0.7; // of the signal; between the nodes of 3D LUTs, where they interpolate
 
 Triple Lab_of(const ChartColour &colour) { return {colour.Lab[0], colour.Lab[1], colour.Lab[2]}; }
 
