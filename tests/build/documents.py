@@ -30,7 +30,7 @@ COMMAND = re.compile(r"^\$ (.*<<'?END\b.*\n(?:.*\n)*?END|.*)\n((?:(?!\$ |\n*# ).
 def run(command, scratch):
     env = dict(os.environ, PATH=f"{tool.parent}:{os.environ['PATH']}", LD_LIBRARY_PATH=str(library.parent))
     return subprocess.run(["sh", "-euc", command], cwd=scratch, env=env, encoding="utf-8", errors="backslashreplace",
-                          capture_output=True)
+                          stdin=subprocess.DEVNULL, capture_output=True)
 
 
 def succeed(command, scratch):

@@ -1,14 +1,21 @@
 // 3D LUTs that are made for a panel, judged by what the simulated panel truly shows through them.
+#include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <numeric>
 #include <string>
 #include <vector>
 
+#include "colour/triple.h"
 #include "panel-model.h"
 #include "tool/tool.h"
 #include "tool/truth.h"
 #include "vexo-3dlut.h"
+
+using nlohmann::json;
 
 namespace {
 
@@ -52,6 +59,26 @@ Color wanted(const Color &signal, double peak) {
   return XYZ;
 }
 
+// From BT.709 to channels that add, with the white D65: the light of each channel, scaled so that all show white.
+Eigen::Matrix3d matrix_to(const panel_model::Panel &panel) {
+  Eigen::Matrix3d alone;
+  Eigen::Matrix3d bt709;
+  for (size_t c = 0; c < 3; c++) {
+    Color one = {};
+    one[c] = 1.0;
+    const auto column = static_cast<Eigen::Index>(c);
+    alone.col(column) = Triple(panel_model::light(panel, one).data());
+    bt709.col(column) = Triple(wanted(one, 1.0).data());
+  }
+  const Eigen::Matrix3d inverse = alone.inverse();
+  const Triple gains = inverse * bt709.rowwise().sum();
+  return gains.cwiseInverse().asDiagonal() * inverse * bt709;
+}
+
+double mean(std::vector<double>::const_iterator begin, std::vector<double>::const_iterator end) {
+  return std::accumulate(begin, end, 0.0) / static_cast<double>(end - begin);
+}
+
 class MadeCube : public Tool {
 protected:
   void SetUp() override {
@@ -70,6 +97,12 @@ protected:
     const Result r = run("calibrate panel.xml --gray bare.csv --mix mix.csv -o luts.txt --bits 14");
     ASSERT_EQ(r.code, 0) << r.err;
     luts_ = luts_of(contents(path("luts.txt")));
+  }
+
+  // Of the LUTs and the cube that were made last.
+  json report(const std::string &options) const {
+    out("report panel.xml luts.txt --gray bare.csv --mix mix.csv --lut3d made.cube -o r.html --json r.json" + options);
+    return json::parse(contents(path("r.json")));
   }
 
   // What the true panel shows of inputs, through the 1D LUTs if there are any.
@@ -127,6 +160,102 @@ TEST_F(MadeCube, KeepsGrays) {
       EXPECT_NEAR(gray[0] / sum, 0.3457, 0.002) << i;
       EXPECT_NEAR(gray[1] / sum, 0.3585, 0.002) << i;
     }
+  }
+}
+
+// Chart colours and skin tones as parts of white: their L*a*b* under D50, taken to D65 (Bradford) outside this project.
+TEST_F(MadeCube, ReportPredictsTestColours) {
+  const std::map<std::string, Color> published = {
+      {"dark skin", {0.10934, 0.09709, 0.06298}},  {"foliage", {0.10669, 0.13396, 0.06833}},
+      {"orange", {0.38528, 0.30529, 0.06688}},     {"purplish blue", {0.13039, 0.11285, 0.38175}},
+      {"neutral 5", {0.18090, 0.19062, 0.20683}},  {"skin, L* 24", {0.04626, 0.04035, 0.02296}},
+      {"skin, L* 51", {0.21323, 0.19135, 0.13383}}};
+  calibrate();
+  const Cube cube = make("--size 33 --luts luts.txt");
+  const json found = report("");
+  const double peak = found["steps"]["target"][100]["XYZ"][1];
+  const double true_peak = shown({1.0, 1.0, 1.0})[1];
+  const Eigen::Matrix3d matrix = matrix_to(panel_model::real_panel());
+  size_t known = 0;
+  ASSERT_EQ(found["colours"]["colours"].size(), 53U);
+  for (const json &row : found["colours"]["colours"]) {
+    const std::string name = row["name"];
+    SCOPED_TRACE(name);
+    const Color signal = row["signal"];
+    const Color asked = row["XYZ"];
+    EXPECT_LT(de2000(asked, wanted(signal, peak), target(1.0, peak)), 0.005);
+    for (size_t m = 0; m < 3 && published.count(name) > 0; m++, known++) {
+      EXPECT_NEAR(asked[m] / peak, published.at(name)[m], 2e-5);
+    }
+    const Triple mixed = matrix * Triple(signal[0], signal[1], signal[2]);
+    const Color ways[] = {signal, {mixed[0], mixed[1], mixed[2]}, through(cube.get(), signal)};
+    for (size_t way = 0; way < 3; way++) {
+      const Color light = shown(ways[way]);
+      const double truth = de2000(light, wanted(signal, true_peak), target(1.0, true_peak));
+      EXPECT_NEAR(row["shown"][way]["de2000"].get<double>(), truth, 0.4) << way;
+      EXPECT_LT(de2000(row["shown"][way]["XYZ"], light, target(1.0, true_peak)), 0.4) << way;
+    }
+  }
+  EXPECT_EQ(known, 3 * published.size());
+}
+
+// Readings of the true panel. Without a reading of white or black, these are the predicted and the panel file's.
+TEST_F(MadeCube, ReportJudgesMeasuredColours) {
+  calibrate();
+  const Cube cube = make("--size 17 --luts luts.txt");
+  const json predicted = report("");
+  vexo_lcnr panel;
+  ASSERT_EQ(vexo_load_lcnr_xml(&panel, path("panel.xml").c_str()), 0);
+  const Color black = panel_model::real_panel().black;
+  for (const bool complete : {true, false}) {
+    double peak = predicted["steps"]["target"][100]["XYZ"][1];
+    std::string readings = "r,g,b,X,Y,Z\n";
+    const auto read = [&](const Color &signal) {
+      const Color light = shown(through(cube.get(), signal));
+      for (const double part : signal) {
+        readings += std::to_string(part * 1023.0) + ",";
+      }
+      Color above_black = light;
+      for (size_t m = 0; m < 3; m++) {
+        readings += std::to_string(light[m] + black[m]) + (m < 2 ? "," : "\n");
+        const auto &file = panel.data;
+        above_black[m] += complete ? 0.0 : black[m] - (file[0][m][0] + file[1][m][0] + file[2][m][0]) / 3.0;
+      }
+      return above_black;
+    };
+    if (complete) {
+      read({0.0, 0.0, 0.0});
+      peak = read({1.0, 1.0, 1.0})[1];
+    }
+    std::vector<double> expected;
+    for (const json &row : predicted["colours"]["colours"]) {
+      Color signal = row["signal"];
+      for (double &part : signal) {
+        part = std::round(part * 1023.0) / 1023.0;
+      }
+      if (complete || row["name"] != "orange") {
+        expected.push_back(de2000(read(signal), wanted(signal, peak), target(1.0, peak)));
+      }
+    }
+    save(path("seen.csv"), readings);
+    const json found = report(" --verify-colors seen.csv");
+    std::vector<double> stated;
+    for (const json &row : found["colours"]["colours"]) {
+      if (!row["shown"][3]["de2000"].is_null()) {
+        stated.push_back(row["shown"][3]["de2000"]);
+      }
+    }
+    ASSERT_EQ(stated.size(), expected.size());
+    for (size_t i = 0; i < stated.size(); i++) {
+      EXPECT_NEAR(stated[i], expected[i], 1e-3) << complete << " " << i;
+    }
+    const auto chart = expected.begin() + (complete ? 24 : 23);
+    const json &summary = found["colours"]["summary"][3];
+    EXPECT_NEAR(summary["chart"]["mean"].get<double>(), mean(expected.begin(), chart), 1e-3);
+    EXPECT_NEAR(summary["chart"]["worst"].get<double>(), *std::max_element(expected.begin(), chart), 1e-3);
+    EXPECT_NEAR(summary["all"]["mean"].get<double>(), mean(expected.begin(), expected.end()), 1e-3);
+    EXPECT_NEAR(summary["all"]["worst"].get<double>(), *std::max_element(expected.begin(), expected.end()), 1e-3);
+    EXPECT_EQ(found["figures"]["color_de2000_mean"], summary["chart"]["mean"]);
   }
 }
 

@@ -116,13 +116,14 @@ inline Color target(double input, double peak) {
   return {0.3127 / 0.3290 * Y, Y, 0.3583 / 0.3290 * Y};
 }
 
+inline vexo_vector vector_of(const Color &c) {
+  return {{static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2])}};
+}
+
 inline double de2000(const Color &a, const Color &b, const Color &white) {
-  const auto vector = [](const Color &c) {
-    return vexo_vector{{static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2])}};
-  };
-  vexo_vector va = vector(a);
-  vexo_vector vb = vector(b);
-  vexo_vector vw = vector(white);
+  vexo_vector va = vector_of(a);
+  vexo_vector vb = vector_of(b);
+  vexo_vector vw = vector_of(white);
   return static_cast<double>(vexo_XYZ_DE2000(&va, &vb, &vw));
 }
 
