@@ -17,7 +17,7 @@ const size_t kMostMixtures = 3000; // the model takes the cube of their number i
 const double kMeanFactor = 1.5;    // what mean luminances of one panel may differ by
 const double kMeanHolds = 1.5;     // CIEDE2000 up to which the model holds
 const double kMostHolds = 3.0;
-const double kOddTimesMean = 4.0; // from here on a reading sticks out,
+const double kOddTimesMean = 4.0; // from here on a reading is an outlier,
 const double kOddFrom = 2.0;      // and never below
 const size_t kMostOdd = 10;
 
@@ -90,7 +90,7 @@ LayerError summary(const Errors &errors, const std::vector<std::string> &places)
           places[static_cast<size_t>(worst - de.begin())]};
 }
 
-// Readings that the rest of them does not foretell, the worst first.
+// Readings that the others do not predict, the worst first.
 std::vector<std::string> odd_readings(const std::vector<double> &de, double mean, const MixtureReadings &readings) {
   std::vector<size_t> odd;
   for (size_t i = 0; i < de.size(); i++) {
@@ -103,7 +103,7 @@ std::vector<std::string> odd_readings(const std::vector<double> &de, double mean
   std::vector<std::string> lines;
   for (const size_t i : odd) {
     const Triple percent = readings.lights[i].drives * 100.0;
-    lines.push_back(format("%s: drives %.4g, %.4g, %.4g %%: CIEDE2000 %.2f from what the other readings foretell",
+    lines.push_back(format("%s: drives %.4g, %.4g, %.4g %%: CIEDE2000 %.2f from the prediction by the other readings",
                            readings.places[i].c_str(), percent[0], percent[1], percent[2], de[i]));
   }
   return lines;

@@ -10,7 +10,7 @@
 namespace {
 
 // Grays that must have been read between two rows for their shape to count there, and how much of it is the channels'.
-// The rest is what channels do together. Half foretells the measured mixtures of real panels best or nearly so.
+// The rest is what channels do together. Half predicts the measured mixtures of real panels best or nearly so.
 const int kLeastShape = 2;
 const double kShapeOfChannels = 0.5;
 

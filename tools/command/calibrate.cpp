@@ -67,7 +67,7 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
       ->capture_default_str();
   command
       ->add_option("--condition", options->panel.condition,
-                   "on: leave out and mend rows that are noise; off: as measured")
+                   "on: leave out or mend rows that are noise; off: take the rows as measured")
       ->check(one_of({"on", "off"}))
       ->capture_default_str();
   command->add_option("--bits", options->bits, "Depth of the codes")->check(whole_number(1, 30))->capture_default_str();
@@ -78,10 +78,10 @@ void add_calibrate(CLI::App &app, const std::string &command_line) {
   add_report_options(command, options->report);
   command->footer(
       "Example: vexo calibrate panel.xml --gray bare.csv -o luts.txt --white D65 --gamma 2.4\n\n"
-      "Recipes: solve finds the three drives of each gray for the target's X, Y and Z. aligned and direct are those "
-      "of\n"
-      "the library; they take the channels to add. Conditioning leaves out rows that are not credibly above black,\n"
-      "raises components at or below black and lowers values that fall. -v names each change.\n\n"
+      "Recipes: solve finds the three drives of each gray for the target's X, Y and Z. aligned and direct are those\n"
+      "of the library; they assume that the channels add.\n"
+      "Conditioning leaves out rows that are not credibly above black, raises components at or below black, and\n"
+      "lowers values that fall. -v names each change.\n\n"
       "Exit status: 0 done; 1 the panel cannot show the target white or its luminance (no LUTs are written), or the\n"
       "LUTs make the gray ramp worse or miss a limit (LUTs are written; the last line on standard error says which);\n"
       "2 usage; 3 input unreadable or invalid; 4 output failed.");

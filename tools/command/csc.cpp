@@ -84,12 +84,13 @@ void run(const CscOptions &options) {
 
 void add_spaces(CLI::App *command, CscOptions &options) {
   CLI::Option *both = add_parsed(command, "--space", options.space, parse_space,
-                                 "Colour space of both by name, or rx,ry,gx,gy,bx,by,wx,wy");
+                                 "Colour space of both signals by name, or rx,ry,gx,gy,bx,by,wx,wy");
   CLI::Option *from = add_parsed(command, "--from-space", options.from_space, parse_space, "Colour space of the input");
-  CLI::Option *to = command->add_option("--to-space", options.to_space,
-                                        "Colour space of the output, or PANEL.xml: the panel's primaries at --white; "
-                                        "whites are adapted (Bradford)");
-  command->add_option("--white", options.white, "White of the panel's grays, as vexo calibrate has it")
+  CLI::Option *to =
+      command->add_option("--to-space", options.to_space,
+                          "Colour space of the output, or PANEL.xml: the primaries of the panel with --white; "
+                          "whites are adapted (Bradford)");
+  command->add_option("--white", options.white, "White of the panel's grays: a name, x,y, 6500K or 2856P")
       ->capture_default_str()
       ->needs(to);
   both->default_str(options.space.name)->excludes(from)->excludes(to);
@@ -99,9 +100,8 @@ void add_spaces(CLI::App *command, CscOptions &options) {
   from->needs(to);
   to->needs(from);
   command
-      ->add_option(
-          "--luma", options.luma,
-          "Luma weights of YCbCr: those of the primaries, or bt601 (0.299, 0.587, 0.114), for one space of both")
+      ->add_option("--luma", options.luma,
+                   "Luma weights of YCbCr: those of the primaries, or bt601 (0.299, 0.587, 0.114)")
       ->check(one_of({"primaries", "bt601"}))
       ->capture_default_str()
       ->excludes(from)

@@ -54,7 +54,7 @@ void add_gray(CLI::App &app) {
   const auto options = std::make_shared<GrayOptions>();
   CLI::App *command = app.add_subcommand("gray", "Predict a panel's gray ramp, bare or through LUTs");
   add_panel_options(command, options->panel);
-  command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file");
+  command->add_option("LUTS.txt", options->luts, "LUT file: three columns of codes, or a cube for .cube");
   command->add_option("--steps", options->steps, "Rows of the table")
       ->check(CLI::Range(2, 1024))
       ->capture_default_str();

@@ -37,14 +37,14 @@ void run(const ImportOptions &options) {
 
 void add_import(CLI::App &measure) {
   const auto options = std::make_shared<ImportOptions>();
-  CLI::App *command = measure.add_subcommand("import", "Make an LCNR file of another program's readings");
+  CLI::App *command = measure.add_subcommand("import", "Make an LCNR file from another program's readings");
   command->add_option("FILE", options->input, "CGATS (.ti3) or CSV file; - for standard input")->required();
   command->add_option("-o,--output", options->output, "LCNR file to write; - for standard output")->required();
   command->footer(
-      "CGATS: a table of RGB drives and XYZ. CSV: columns in any order, told by their names: level,channel,X,Y,Z\n"
-      "(channel red, green, blue, r, g, b or black), r,g,b,X,Y,Z, or level,Xr,Yr,Zr,Xg,Yg,Zg,Xb,Yb,Zb. x,y,Y may "
-      "stand\n"
-      "for X,Y,Z. Commas, semicolons or tabs separate them. -v says how a table is read.\n\n"
+      "CGATS: a table of RGB drives and XYZ.\n"
+      "CSV: columns in any order, with a heading: level,channel,X,Y,Z (channel red, green, blue, r, g, b or black),\n"
+      "r,g,b,X,Y,Z, or level,Xr,Yr,Zr,Xg,Yg,Zg,Xb,Yb,Zb. x,y,Y may stand for X,Y,Z. Commas, semicolons or tabs\n"
+      "separate the cells. -v says how a table was read.\n\n"
       "Takes the ramps of red, green and blue, each driven alone, and says what it leaves out.\n"
       "Repeated readings are averaged. Of more than 64 levels an evenly spaced choice is kept.\n\n"
       "Example: vexo measure import readings.ti3 -o panel.xml");

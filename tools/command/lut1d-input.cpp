@@ -7,7 +7,7 @@
 
 void add_input(CLI::App *command, const char *name, Lut1dInput &input) {
   command->add_option(name, input.path, "LUT file; - for standard input")->required();
-  command->add_option("--from", input.layout, "Layout of the input (default: told by its lines)")
+  command->add_option("--from", input.layout, "Layout of the input (default: told by its name and lines)")
       ->check(one_of({"integer", "decimal", "cube", "column"}));
 }
 

@@ -134,8 +134,10 @@ void add_lut3d_make(CLI::App &lut3d) {
   auto [command, options] =
       add_command(lut3d, "make", "Make the 3D LUT that gives a panel the colours of a signal", make);
   add_panel_options(command, options.panel);
-  command->add_option("--luts", options.luts,
-                      "Three-channel integer LUT file between the 3D LUT and the panel: it keeps the grays");
+  command->add_option(
+      "--luts", options.luts,
+      "1D LUTs between the 3D LUT and the panel, which correct the grays: three columns of codes, or a cube for "
+      ".cube");
   add_parsed(command, "--space", options.space, parse_space,
              "Colour space of the signal by name, or rx,ry,gx,gy,bx,by,wx,wy")
       ->type_name(words_among_others(space_names()))
@@ -152,5 +154,9 @@ void add_lut3d_make(CLI::App &lut3d) {
       ->check(whole_number(1, 30));
   command->add_option("--title", options.title, "Title of the output (default: the colour space)");
   command->add_flag("--clip", options.clip, "Say how many nodes are out of the panel's gamut, and how far");
-  command->footer("Example: vexo lut3d make panel.xml --luts luts.txt --gray bare.csv --mix mix.csv -o bt709.cube");
+  command->footer(
+      "Example: vexo lut3d make panel.xml --luts luts.txt --gray bare.csv --mix mix.csv -o bt709.cube\n\n"
+      "Give the same target as to calibrate. Gray signals pass the 3D LUT unchanged when there are --luts.\n\n"
+      "Exit status: 0 done; 1 the panel cannot show the luminance; 2 usage; 3 input unreadable or invalid;\n"
+      "4 output failed.");
 }

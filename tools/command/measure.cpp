@@ -50,7 +50,7 @@ void add_measure(CLI::App &app) {
                           "channels add");
   CLI::Option *mix = command->add_option("--mix", options->mix,
                                          "Measured mixtures (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3): says how well "
-                                         "the panel model foretells mixtures it has not seen");
+                                         "the panel model predicts mixtures that it has not seen");
   CLI::Option *json = command->add_flag("--json", options->json, "Print JSON");
   CLI::Option *conditioned = command->add_option("--condition", options->condition,
                                                  "LCNR file to write: the measurements as vexo calibrate conditions "

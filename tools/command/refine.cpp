@@ -76,15 +76,17 @@ void add_refine(CLI::App &app, const std::string &command_line) {
   CLI::App *command = app.add_subcommand("refine", "Make better LUTs from a gray ramp measured through LUTs");
   add_panel_options(command, options->panel);
   command
-      ->add_option("LUTS.txt", options->luts, "LUTs that the ramp was measured through, a three-channel integer file")
+      ->add_option("LUTS.txt", options->luts,
+                   "LUTs that the ramp was measured through: three columns of codes, or a cube for .cube")
       ->required();
   command
       ->add_option("MEASURED.csv", options->report.verify,
                    "Gray ramp measured through LUTS.txt (CSV of level,X,Y,Z or x,y,Y; .ti3); a level stands for the "
-                   "input, in the unit "
-                   "of the panel file")
+                   "input, in the unit of the panel file")
       ->required();
-  command->add_option("-o,--output", options->output, "LUT file to write, a cube for .cube; - for standard output")
+  command
+      ->add_option("-o,--output", options->output,
+                   "LUT file to write: three columns of codes, or a cube for .cube; - for standard output")
       ->required();
   add_target_options(command, options->target);
   add_from_option(command, options->target);
@@ -92,11 +94,10 @@ void add_refine(CLI::App &app, const std::string &command_line) {
   add_figure_options(command, options->report);
   command->footer(
       "Example: vexo refine panel.xml luts.txt measured.csv -o refined.txt --gray bare.csv\n\n"
-      "Give the target as to calibrate, or --from the JSON file of the calibration. Noise of 0.2 % and 0.002 cd/m2 is "
-      "expected in the readings. A step that they\n"
-      "cannot tell from noise is not taken: the LUTs are then written as they were.\n\n"
-      "Exit status: 0 done; 1 the LUTs would be worse (none are written), the gray ramp is worse than without LUTs, "
-      "or\n"
-      "a limit is missed; 2 usage; 3 input unreadable or invalid; 4 output failed.");
+      "Give the same target as to calibrate, or --from with the JSON file of the calibration. The readings are taken\n"
+      "to have a noise of 0.2 % and 0.002 cd/m2. Where they cannot tell better LUTs from the present ones, the\n"
+      "present ones are written.\n\n"
+      "Exit status: 0 done; 1 the LUTs would be worse (none are written), the gray ramp is worse than without\n"
+      "LUTs, or a limit is missed; 2 usage; 3 input unreadable or invalid; 4 output failed.");
   command->callback([options, command_line] { run(*options, command_line); });
 }

@@ -71,26 +71,29 @@ void add_report(CLI::App &app, const std::string &command_line) {
   const auto options = std::make_shared<ReportCommandOptions>();
   CLI::App *command = app.add_subcommand("report", "Write the calibration report of a panel and its LUTs");
   add_panel_options(command, options->panel);
-  command->add_option("LUTS.txt", options->luts, "Three-channel integer LUT file")->required();
+  command->add_option("LUTS.txt", options->luts, "LUT file: three columns of codes, or a cube for .cube")->required();
   command->add_option("-o,--output", options->report.html, "HTML file to write; - for standard output")->required();
   add_target_options(command, options->target);
   add_from_option(command, options->target);
   add_report_options(command, options->report);
-  command->add_flag("--patches", options->patches, "Judge colours, too: 24 of a chart, skin tones, saturation sweeps");
-  command->add_option("--lut3d", options->lut3d, "3D LUT in front of the 1D LUTs, for --patches");
+  command->add_flag("--patches", options->patches,
+                    "Judge colours as well: the 24 of the ColorChecker chart, skin tones, saturation sweeps");
+  command->add_option("--lut3d", options->lut3d, "3D LUT in front of the 1D LUTs; includes --patches");
   add_parsed(command, "--space", options->space, parse_space,
              "Colour space of the signal for --patches by name, or rx,ry,gx,gy,bx,by,wx,wy")
       ->type_name(words_among_others(space_names()))
       ->default_str(options->space.name);
-  command->add_option("--verify-colors", options->verify_colors,
-                      "Colours measured through all LUTs (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3), for --patches");
+  command->add_option(
+      "--verify-colors", options->verify_colors,
+      "Colours measured through all LUTs (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3), signals in the unit of the panel "
+      "file; includes --patches");
   command->add_flag_callback(
       "--list-limits",
       [] {
         list_limits(stdout);
         throw CLI::Success();
       },
-      "Print the tolerances that --limits names, and every figure, and end");
+      "Print the tolerances that --limits names and every figure, then exit");
   command->footer(
       "Example: vexo report panel.xml luts.txt -o report.html --from calibration.json --limits ebu-grade1\n\n"
       "Exit status: 0 done; 1 a limit is missed (the report is written); 2 usage; 3 input unreadable or invalid;\n"

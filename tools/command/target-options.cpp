@@ -96,11 +96,11 @@ void add_target_options(CLI::App *command, TargetOptions &options) {
   command->add_option("--gamma", options.gamma, "Short form of --curve EXPONENT");
   command
       ->add_option("--camera", options.camera,
-                   "In two steps instead: the curve that encoded the signal by name, an exponent, or "
-                   "slope,transition,gamma,offset")
+                   "The curve in two steps, in place of --curve. First step: the curve that encoded the signal, by "
+                   "name, an exponent, or slope,transition,gamma,offset")
       ->type_name(words_among_others(camera_curve_names()));
   command->add_option("--system", options.system,
-                      "and the curve from scene light to display light, linear, an exponent, or "
+                      "Second step: the curve from scene light to display light: linear, an exponent, or "
                       "slope,transition,gamma,offset");
   command->add_option("--luminance", options.luminance,
                       "Luminance of white in cd/m2, with black in it; default: the most that the panel has");
@@ -108,7 +108,7 @@ void add_target_options(CLI::App *command, TargetOptions &options) {
 
 void add_from_option(CLI::App *command, TargetOptions &options) {
   command->add_option("--from", options.from,
-                      "JSON file of the calibration: its target is taken where none is given by hand");
+                      "Take the target from the JSON file of a calibration; an option given by hand wins");
 }
 
 TargetOptions complete(TargetOptions options) {

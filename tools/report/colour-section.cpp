@@ -60,7 +60,8 @@ void add_measured(ColourSection *section, const ColourSource &source, const Meas
                             : ShownColour{colour->XYZ, colour_error(colour->XYZ, colour->drives, wanted)});
   }
   if (!any) {
-    refuse_input(input_name(source.verify), "none of the test colours, expected signals as --json lists them");
+    refuse_input(input_name(source.verify),
+                 "none of the test colours, expected the signals that --json lists, in the unit of the panel file");
   }
   section->judged = section->ways.size();
   section->ways.emplace_back("measured");

@@ -54,7 +54,7 @@ void print_additivity(const Additivity &a) {
 }
 
 void print_cross_validation(const CrossValidation &v) {
-  std::printf("Mixtures   %zu readings, each left out in turn: CIEDE2000 of what the model foretells for it\n"
+  std::printf("Mixtures   %zu readings, each left out in turn: CIEDE2000 of the prediction by the model\n"
               "                                      mean   95 %%   worst\n",
               v.readings);
   for (const LayerError &layer : v.layers) {
@@ -62,7 +62,7 @@ void print_cross_validation(const CrossValidation &v) {
                 layer.worst_place.c_str());
   }
   for (const std::string &line : v.odd) {
-    std::printf("           sticks out: %s\n", line.c_str());
+    std::printf("           outlier: %s\n", line.c_str());
   }
   if (!v.holds) {
     std::printf("           %s\n", doubt(v).c_str());
