@@ -20,14 +20,14 @@ struct Finding {
   std::string text;
 };
 
-// What stands in the way of a recipe, in words; empty when it can use the rows.
+// Why a recipe cannot use the rows, in words; empty when it can.
 struct RecipeCheck {
   const char *recipe;
   std::string obstacle;
 };
 
-// How far a measured gray ramp is from what the additive model predicts, both above black, over the judged levels. All
-// is 0 where the ramp has none.
+// How far a measured gray ramp is from what the additive model predicts, both above black, over the judged levels.
+// Without a judged level everything is 0.
 struct Additivity {
   struct Distance {
     double mean = 0.0;
@@ -42,12 +42,12 @@ struct Additivity {
 
 Additivity additivity(const GrayRamp &ramp, const PanelModel &model);
 
-// All from readings but for the additivity and the mixtures.
+// From the rows of the panel file, except the additivity and the mixtures.
 struct Check {
   Panel panel;
   std::vector<Finding> findings;
-  std::string obstacle;               // to calibrate as it is by default, conditioning included; empty: none
-  std::array<RecipeCheck, 2> recipes; // to the library's recipes on the rows as they are
+  std::string obstacle;               // to calibrate with its default options, conditioning included; empty: none
+  std::array<RecipeCheck, 2> recipes; // to the library's recipes, without conditioning
   std::optional<Additivity> gray;
   std::optional<CrossValidation> mixtures;
   Triple black;           // X, Y, Z: mean of the readings

@@ -3,14 +3,13 @@
 //
 // 1. Leave out a row between black and the top in which some channel is not credibly above black. Two components count:
 //    Y, and the component that is strongest at the channel's full drive. Each must exceed black's by more than
-//    - twice the deepest reading of that component below black in the whole file (light cannot be negative, so that
-//    depth
-//      is noise), and
-//    - a hundredth of black's own times the row's share of full drive.
+//    - twice the deepest reading of that component below black in the whole file (light cannot be negative, so this
+//      depth is noise), and
+//    - a hundredth of black times the row's share of full drive.
 //    Leave out a row whose level is nearer to black than half of 1/1023 of full drive. Black and the top row always
 //    stay.
 // 2. Raise a component until it exceeds black's by a ten-thousandth of the strongest in its channel and row, and by a
-//    thousandth of black's own times the row's share of full drive.
+//    thousandth of black times the row's share of full drive.
 // 3. Lower a component that is above the same one in the next row, from the top down (vexo_lcnr_normalize()).
 //
 // Afterwards X, Y and Z of every row exceed black's, and none falls towards the top.

@@ -5,8 +5,8 @@
 // show the node's colour. The 3D LUT belongs in front of the 1D LUTs, if there are any: these keep the grays, so the
 // nodes of gray signals hold the signal itself.
 //
-// A colour that the panel does not have is moved towards the gray of the same lightness at constant hue, both of CIE
-// L*a*b*, until the panel has it.
+// A colour out of the panel's gamut is moved towards the gray of the same lightness at constant hue, both of CIE
+// L*a*b*, until the panel can show it.
 #ifndef VEXO_TOOLS_CUBE_H
 #define VEXO_TOOLS_CUBE_H
 
@@ -35,7 +35,7 @@ private:
   Eigen::Matrix3d to_XYZ_; // from the lights of red, green and blue, white's being 1
 };
 
-// What the panel does not have of a signal's colours.
+// The nodes whose colours are out of the panel's gamut.
 struct OutOfGamut {
   long nodes = 0;
   double mean = 0.0; // CIEDE2000 between what was asked for and what is shown instead
@@ -52,14 +52,14 @@ struct Cube {
 Cube make_cube(const PanelInputs &panel, const SignalColours &colours, int size, bool keeps_grays,
                const std::function<void(double)> &progress);
 
-// Whether the panel has a colour above black, but for rounding.
+// Whether the panel can show a colour above black, apart from rounding.
 bool in_gamut(const PanelInputs &panel, const Triple &XYZ);
 
 // The colour space of a panel whose grays have a white. Throws a Failure (input) where its primaries span no triangle.
 Space panel_space(const PanelModel &model, const White &white);
 
-// The matrix that leads from signals of one space to those of another of another white (Bradford). It is exact for
-// light; on signals it is what hardware with a matrix alone can do.
+// The matrix from signals of one space to those of another, whose white may differ (Bradford). It is exact for light;
+// applied to signals, it is what hardware with only a matrix can do.
 Eigen::Matrix3d signal_matrix(Space from, Space to);
 
 // What the LUT makes of a signal, by trilinear interpolation.

@@ -13,7 +13,7 @@ struct MoreReadings {
   std::optional<MixtureReadings> mixtures;
 };
 
-// Reads the files; a path may be empty. The grays of the mixtures' file count where there is no gray ramp. Throws a
+// Reads the files; a path may be empty. Without a gray ramp, the grays of the mixtures' file serve as one. Throws a
 // Failure (input).
 MoreReadings read_more(const std::string &gray, const std::string &mix, const Panel &panel);
 

@@ -1,7 +1,7 @@
 // The inputs for which a panel shows a colour: the inverse of the panel model, with 1D LUTs in between or without.
 //
 // The unknowns are the lights of the three channels, X + Y + Z of each as a part of its light at the highest input. In
-// these, what the panel shows is nearly linear. Broyden's method solves it: Newton's, with slopes that each step
+// these lights, what the panel shows is nearly linear. Broyden's method solves it: Newton's, with slopes that each step
 // corrects. Where a step does not halve the error, it begins anew from the slopes of channels that add, then from
 // measured slopes, coarse and fine.
 #ifndef VEXO_TOOLS_INVERSE_H
@@ -51,7 +51,7 @@ public:
   // precision: the error that may stay, as a part of the colour.
   Inverse(const PanelInputs &panel, double precision);
 
-  // The lights that show a colour. Where the panel does not have it, some are below 0 or above 1.
+  // The lights that show a colour. If it is out of the panel's gamut, some are below 0 or above 1.
   Triple lights(const Triple &XYZ);
 
 private:
@@ -64,8 +64,8 @@ private:
   Eigen::Matrix3d slopes_;
 };
 
-// The luminance of white: as the target says, or the brightest target white that the panel shows; with the black that
-// figures include. Throws a Failure (limit) where the panel does not have the luminance that the target says.
+// The luminance of white: that of the target, or the brightest target white that the panel can show; with the black
+// that figures include. Throws a Failure (limit) where the panel cannot show the luminance of the target.
 double white_luminance(const PanelInputs &panel, const Target &target);
 
 #endif

@@ -28,7 +28,7 @@ MixtureReadings read_mixtures(const std::string &path, const Panel &panel);
 struct LayerError {
   std::string layer;
   double mean;
-  double most; // 95 % of the readings are within
+  double most; // 95 % of the readings are at most this
   double worst;
   std::string worst_place;
 };
@@ -37,7 +37,7 @@ struct CrossValidation {
   size_t readings;
   std::vector<LayerError> layers;
   std::vector<double> de2000;   // of each reading, by the whole model
-  std::vector<std::string> odd; // readings that stick out, with their error
+  std::vector<std::string> odd; // outliers, with their error
   bool holds;                   // whether the whole model meets this panel
 };
 

@@ -7,9 +7,10 @@
 //   r(p) = sum over i of w_i k(p, p_i),   k(p, q) = h(p) + h(q) - h(p - q),
 //   h(p) = |p| + 0.3 (|p_r| + |p_g| + |p_b|) + 0.3 (|p_r, p_g| + |p_g, p_b| + |p_b, p_r|).
 //
-// This is the interpolation whose residual may change with distance, but no more than it must (kriging; k is the
-// covariance of a random walk that starts from 0 at black). The terms of one and two channels let what happens in them
-// reach across the cube. The weights solve (K + N) w = r, with the noise of each reading in the diagonal N.
+// The residual may change with distance, but no more than the readings require (kriging; k is the
+// covariance of a random walk that starts from 0 at black). The terms of one and two channels let a residual that
+// depends on these channels alone reach across the cube. The weights solve (K + N) w = r, with the noise of each
+// reading in the diagonal N.
 #ifndef VEXO_TOOLS_MIXTURES_H
 #define VEXO_TOOLS_MIXTURES_H
 

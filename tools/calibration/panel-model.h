@@ -2,9 +2,9 @@
 //
 // The channels add: S(d) is the sum of the three channels, each driven alone, linear in X, Y and Z between the 1024
 // levels of the library's tables, which are lines between rows. Where grays were measured between two rows, the
-// channels rise halfway between the line and these. Real panels do not add. Measured grays tell by how much: at the
-// gray level t, the mean of r, g and b, the panel shows D(t) more than S(t, t, t). The model adds, component by
-// component,
+// channels follow the mean of the line and the shape of the grays. Real panels do not add. Measured grays tell by how
+// much: at the gray level t, the mean of r, g and b, the panel shows D(t) more than S(t, t, t). The model adds,
+// component by component,
 //
 //   XYZ(d) = S(d) + D(t) sqrt(S(d) / S(t, t, t)) g,   g = r g b / t^3.
 //
@@ -12,11 +12,11 @@
 // that stays and one in proportion to the light. Away from gray g falls below 1, and where a channel is dark the
 // residual vanishes. D is linear between measured levels and 0 at 0.
 //
-// Measured mixtures of the channels tell what is left. With the white W, the sum of the full channels, the model adds
+// Measured mixtures of the channels tell the rest. With the white W, the sum of the full channels, the model adds
 //
 //   r W cbrt(S(d)_Y / W_Y)
 //
-// where r is interpolated between the mixtures (mixtures.h). The cube root makes r of one size for dark and bright.
+// where r is interpolated between the mixtures (mixtures.h). The cube root gives r the same size for dark and bright.
 //
 // All light is above black, in the probe's unit. Everything is double precision but the tables.
 #ifndef VEXO_TOOLS_PANEL_MODEL_H
@@ -54,8 +54,8 @@ public:
   // The additive model. None when the library makes no tables of the measurements.
   static std::optional<PanelModel> of(const vexo_lcnr &measurements);
 
-  // Where a gray ramp of the bare panel has several readings between two rows, the channels rise between these halfway
-  // between a line and the ramp: red as its X, green as its Y, blue as its Z. Elsewhere they rise in a line.
+  // Where a gray ramp of the bare panel has several readings between two rows, the channels follow the mean of a line
+  // and the shape of the ramp: red its X, green its Y, blue its Z. Elsewhere they follow the line.
   void shape_channels(const std::vector<MeasuredLight> &ramp);
 
   // Makes the model show lights that were measured at drives near gray. Their gray levels rise from above 0. What the
@@ -65,8 +65,8 @@ public:
   // What the mixtures tell beyond this model of channels and grays.
   std::shared_ptr<const Mixtures> solve_mixtures(const std::vector<MeasuredLight> &lights) const;
 
-  // Makes the model show them. They correct what it knew when they were solved: grays that it learns afterwards come on
-  // top.
+  // Makes the model show them. They correct the model that they were solved for. Grays that it learns afterwards are
+  // added to that.
   void learn_mixtures(std::shared_ptr<const Mixtures> mixtures) { mixtures_ = std::move(mixtures); }
 
   // The light of drives of 0..1. Outside, the lines at that end go on.

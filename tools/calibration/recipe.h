@@ -38,7 +38,7 @@ struct RecipeJob {
   Evidence evidence;
 };
 
-// What comes of a recipe.
+// The result of a recipe.
 struct Correction {
   PanelModel model; // of the measurements as the recipe left them
   double gains[3];  // drives of white

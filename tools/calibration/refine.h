@@ -1,8 +1,8 @@
-// What a gray ramp that was measured through LUTs tells of the panel.
+// What the model learns from a gray ramp that was measured through LUTs.
 //
 // A probe's readings are noisy, and the noise must not get into the LUTs. The noise of a reading is taken as 0.2 % of
 // it and 0.002 cd/m2, independent in X, Y and Z. The difference between reading and prediction, relative to the
-// prediction, is believed after two steps:
+// prediction, is learnt after two steps:
 // 1. It is smoothed six times by the weights 1 2 1 over neighbouring inputs (5 2 -1 at the ends, which keeps a straight
 //    line). Each time it is held within twice the noise of the reading, so that what the reading shows clearly stays.
 // 2. A difference R with the noise n is reduced to R^3 / (R^2 + n^2).

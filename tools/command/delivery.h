@@ -1,4 +1,4 @@
-// What calibrate and refine do with the LUTs that they made: files, a report, text, and the last word.
+// What calibrate and refine do with the LUTs that they made: files, a report, text, and the exit status.
 #ifndef VEXO_TOOLS_DELIVERY_H
 #define VEXO_TOOLS_DELIVERY_H
 

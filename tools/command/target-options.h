@@ -28,8 +28,8 @@ void add_target_options(CLI::App *command, TargetOptions &options);
 // --from: the target options of a calibration's JSON file, for commands that follow one.
 void add_from_option(CLI::App *command, TargetOptions &options);
 
-// With those of --from in the place of options that were not given by hand. Says which of them were. Throws a Failure
-// (input).
+// Takes the options that were not given by hand from the file of --from. Prints those given by hand that differ from
+// it. Throws a Failure (input).
 TargetOptions complete(TargetOptions options);
 
 // Throws a Failure (usage).

@@ -12,7 +12,7 @@ struct Reading {
   float drive[3]; // red, green, blue, in the unit of the file; all 0 is black
   vexo_vector XYZ;
   std::string place; // "FILE:LINE", or the data set
-  // Whose ramp the file counts it to; a black without one is that of all channels.
+  // The channel whose ramp it belongs to; without one, a black is that of all channels.
   std::optional<int> channel = std::nullopt;
 };
 

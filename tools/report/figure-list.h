@@ -4,7 +4,7 @@
 
 #include "report/report.h"
 
-enum class Bound { kMost, kNamed }; // a limit that is one number is the most allowed; or it must say min or max
+enum class Bound { kMost, kNamed }; // a single number is the largest allowed value; or the limit must name min or max
 
 struct NamedFigure {
   const char *name;

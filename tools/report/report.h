@@ -36,7 +36,7 @@ inline const RecordedText kRecordedTexts[] = {{"name", "Panel", &ReportLabels::n
                                               {"operator", "Operator", &ReportLabels::person},
                                               {"note", "Note", &ReportLabels::note}};
 
-// What a report is made of.
+// The input of a report.
 struct ReportSource {
   const Panel *panel = nullptr;      // the file's measurements, conditioned if asked for
   const PanelModel *model = nullptr; // predicts all ramps
