@@ -46,17 +46,21 @@ Color through(vexo_3dlut *lut, const Color &signal) {
   return sum;
 }
 
-// What BT.709 asks for with the power law 2.2, from its definition.
-Color wanted(const Color &signal, double peak) {
+// What BT.709 asks for, from its definition, where light(V) is that of a gray.
+template <typename Curve> Color wanted(const Color &signal, Curve light) {
   const double matrix[3][3] = {
       {0.412391, 0.357584, 0.180481}, {0.212639, 0.715169, 0.072192}, {0.019331, 0.119195, 0.950532}};
   Color XYZ = {};
   for (size_t m = 0; m < 3; m++) {
     for (size_t c = 0; c < 3; c++) {
-      XYZ[m] += peak * matrix[m][c] * std::pow(signal[c], 2.2);
+      XYZ[m] += matrix[m][c] * light(signal[c]);
     }
   }
   return XYZ;
+}
+
+Color wanted(const Color &signal, double peak) {
+  return wanted(signal, [=](double V) { return peak * std::pow(V, 2.2); });
 }
 
 // From BT.709 to channels that add, with the white D65: the light of each channel, scaled so that all show white.
@@ -142,6 +146,20 @@ TEST_F(MadeCube, LeadsColoursToTheirXYZ) {
   const double bare = error([](const Color &signal) { return signal; });
   const Cube cube = make("--size 33 --luts luts.txt");
   EXPECT_LT(error([&](const Color &signal) { return through(cube.get(), signal); }), 0.4 * bare);
+}
+
+// Of a dark white: black is a thirtieth of it, and not of its colour.
+TEST_F(MadeCube, CountsBlackIn) {
+  const Cube cube = make("--size 33 --curve bt1886 --luminance 10");
+  const Color black = panel_model::real_panel().black;
+  for (const Color &signal : {Color{0.6, 0.4, 0.3}, Color{0.4, 0.5, 0.6}, Color{0.5, 0.5, 0.4}, Color{0.9, 0.8, 0.7}}) {
+    Color seen = shown(through(cube.get(), signal));
+    for (size_t m = 0; m < 3; m++) {
+      seen[m] += black[m];
+    }
+    const Color asked = wanted(signal, [&](double V) { return bt1886(V, 10.0, black[1]); });
+    EXPECT_LT(de2000(seen, asked, target(1.0, 10.0)), 0.65);
+  }
 }
 
 TEST_F(MadeCube, KeepsGrays) {

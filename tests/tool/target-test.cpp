@@ -43,14 +43,6 @@ Color seen(const Light &light, const Luts &luts, double input, const Color &blac
   return XYZ;
 }
 
-// BT.1886 annex 1, as it stands there: L = a max(V + b, 0)^2.4.
-double bt1886(double V, double white, double black) {
-  const double root = std::pow(white, 1.0 / 2.4) - std::pow(black, 1.0 / 2.4);
-  const double a = std::pow(root, 2.4);
-  const double b = std::pow(black, 1.0 / 2.4) / root;
-  return a * std::pow(std::max(V + b, 0.0), 2.4);
-}
-
 } // namespace
 
 TEST_F(Targets, CurvesGiveThePublishedLight) {

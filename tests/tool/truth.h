@@ -116,6 +116,14 @@ inline Color target(double input, double peak) {
   return {0.3127 / 0.3290 * Y, Y, 0.3583 / 0.3290 * Y};
 }
 
+// BT.1886 annex 1, as it stands there: L = a max(V + b, 0)^2.4.
+inline double bt1886(double V, double white, double black) {
+  const double root = std::pow(white, 1.0 / 2.4) - std::pow(black, 1.0 / 2.4);
+  const double a = std::pow(root, 2.4);
+  const double b = std::pow(black, 1.0 / 2.4) / root;
+  return a * std::pow(std::max(V + b, 0.0), 2.4);
+}
+
 inline vexo_vector vector_of(const Color &c) {
   return {{static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2])}};
 }
