@@ -1,7 +1,7 @@
 // Tone curves: the whole way from the signal to light.
 //
-// Some curves say which part of white's light an input gives, whatever the black: power laws, sRGB, L*, a table. They
-// are about light above black. Others name the light that a viewer sees, black included: BT.1886, PQ and HLG.
+// Power laws, sRGB, L* and tables give the light above black, as a part of white's. BT.1886, PQ and HLG give the light
+// that a viewer sees, black included.
 #ifndef VEXO_TOOLS_CURVE_H
 #define VEXO_TOOLS_CURVE_H
 
@@ -62,7 +62,7 @@ ToneCurve two_steps(const LibraryCurve &camera, const LibraryCurve &system);
 // (usage; input for the file).
 ToneCurve parse_tone_curve(const std::string &option, const std::string &text);
 std::string tone_curve_names();
-std::string tone_curve_words(); // those that are names
+std::string tone_curve_words(); // the names among them
 
 // The name of an encoding curve, an exponent, or "slope,transition,gamma,offset". Throws a Failure (usage).
 LibraryCurve parse_camera_curve(const std::string &option, const std::string &text);

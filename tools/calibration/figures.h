@@ -29,18 +29,18 @@ struct GrayFigure {
   int cct;      // kelvin; -1: none
   double light; // as a part of the ramp's own white
   double gamma; // effective_gamma()
-  // Against a target, once it has judged the gray:
+  // Against a target, after GrayTarget has judged the gray:
   double balance[3];    // red, green, blue in percent of the target white's at the same luminance
   double target;        // luminance, cd/m2
   double curve;         // distance of light to the target curve, as a part of the target's light
-  double light_error;   // luminance over the target's less 1; where the target names white's luminance, at that one
+  double light_error;   // luminance / target's - 1; the target has the luminance of white that it names, if any
   double duv;           // distance to the target white in u'v'
   double uv_star;       // distance to the ramp's own white in u*v*
   double de2000;        // CIEDE2000
   double de2000_chroma; // CIEDE2000 with the luminance set to the target's
 };
 
-// The gray of a light, in a ramp of that range.
+// The figures of a light, in a ramp of that range.
 GrayFigure gray_figure(double input, const Triple &XYZ, const LightRange &range);
 
 // The drives of inputs: through LUTs or, where luts is null, the inputs themselves.
@@ -94,9 +94,8 @@ struct Ramp {
 // The target that ramps are judged against: at each input the target white on the target curve, up to a peak. The
 // target white at the peak is also the reference white of CIEDE2000.
 //
-// The peak of a ramp through LUTs, predicted or measured, is the luminance of its own white: what LUTs give up for the
-// white is no error. The ramp without LUTs is judged at the peak of the one through them, so that their figures
-// compare.
+// The peak of a ramp through LUTs, predicted or measured, is the luminance of its own white: luminance that LUTs give
+// up for the white is no error. The ramp without LUTs is judged at the same peak, so that the figures can be compared.
 class GrayTarget {
 public:
   // The primaries are those of the panel: they give the balance. black is what the figures include.

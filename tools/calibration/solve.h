@@ -1,9 +1,8 @@
 // The solve recipe: each gray level by solving for the three drives whose mixture is the target.
 //
-// - White is the brightest light of the target white at which no channel needs more than it has, or as bright as the
-//   target says.
+// - White is the brightest light of the target white that the channels can give, or as bright as the target says.
 // - Levels are solved from the top down. No drive is above that of the level above. Where that bound, or black, keeps
-//   the panel from the target, the level keeps its luminance and its chromaticity gives way: an error of luminance
+//   the panel from the target, the level keeps its luminance and gives up its chromaticity: an error of luminance
 //   shows as a band in a ramp, a small error of chromaticity does not.
 // - Near black, below the lowest measured level, a channel's colour is unknown. All that is known is that it goes to
 //   black. From the highest entry at which some channel is that low, at most from 10 % input, the three drives go down

@@ -35,7 +35,8 @@ std::string white_names();
 // The target with the panel's own white where it asks for that.
 Target on_panel(Target target, const PanelModel &model);
 
-// What the figures of a ramp add to the light above black: a black, or nothing where the curve is about light above it.
+// What the figures of a ramp add to the light above black: black, or nothing where the curve is about light above
+// black.
 Triple included_black(const ToneCurve &curve, const Triple &black);
 Triple included_black(const ToneCurve &curve, const PanelModel &model);
 
@@ -48,14 +49,14 @@ public:
   // What a viewer should see: the target white on the curve; black itself at input 0.
   Triple XYZ(double input) const;
 
-  // The light above black that leads there. It makes up for the colour of black as far as X, Y and Z of it stay above
-  // three tenths of those of a light of the target white: nearer to black no drives could.
+  // The light above black that leads there. It compensates for the colour of black. X, Y and Z keep at least three
+  // tenths of those without this compensation, because no drives show a light without one of them.
   Triple above_black(double input) const;
 
-  // The same for any light: its colour is then right with the black in it.
+  // A light with this compensation: with black in it, its colour is right.
   Triple without_black(const Triple &light) const;
 
-  // The light of an input above black as a part of white's.
+  // The light above black of an input, as a part of that of white.
   double part(double input) const;
 
 private:

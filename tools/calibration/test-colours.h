@@ -24,7 +24,7 @@ inline const char *const kChart = "24 colours";
 // CIEDE2000 of a light above black to what a signal asks for.
 double colour_error(const Triple &light, const Triple &signal, const SignalColours &colours);
 
-// The errors of the 24 colours; error(signal) tells that of one, and NaN leaves it out.
+// The errors of the 24 colours. error(signal) is that of one; NaN leaves it out.
 Spread chart_error(const SignalColours &colours, const std::function<double(const Triple &signal)> &error);
 
 #endif

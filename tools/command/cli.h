@@ -36,7 +36,7 @@ CLI::Validator one_of(const std::vector<std::string> &names);
 // CLI11's Range, for plain decimal digits only: CLI11 reads 010 as eight.
 CLI::Validator whole_number(int min, int max);
 
-// Where a command has to stand, each word has to be one. Throws a Failure (usage) for another word, or for none.
+// Where a command is expected, throws a Failure (usage) for another word, or for none.
 void check_commands(const CLI::App &app, const std::vector<std::string> &words);
 
 // "; did you mean WORD?" for the first word of the command line that is close to a command or an option without being

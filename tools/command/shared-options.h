@@ -34,7 +34,7 @@ struct PanelInput {
   Panel panel; // conditioned if asked for
   MoreReadings more;
   Evidence evidence;
-  std::vector<std::string> notes;   // every change, and what is odd
+  std::vector<std::string> notes;   // every change, and every warning
   std::optional<Spread> additivity; // of the grays, in CIEDE2000
 };
 

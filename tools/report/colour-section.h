@@ -8,7 +8,7 @@
 #include "calibration/test-colours.h"
 #include "text/json.h"
 
-// What the section is made of.
+// The input of the section.
 struct ColourSource {
   Space space;
   vexo_3dlut *cube = nullptr; // in front of the 1D LUTs; null for none
@@ -24,7 +24,7 @@ struct ShownColour {
 struct ColourRow {
   Patch patch;
   Triple wanted; // XYZ
-  bool in_gamut; // whether the panel has it, by the model
+  bool in_gamut; // whether the panel can show it, by the model
   std::vector<ShownColour> shown;
 };
 
@@ -40,7 +40,7 @@ struct ColourSection {
 ColourSection judge_colours(const ColourSource &source, const PanelModel &model, const vexo_lut *luts,
                             const Target &target);
 
-// CIEDE2000 of one way, of the patches of a group that have it; of all where the group is empty.
+// CIEDE2000 of one way, over the patches of a group, or of all groups if it is empty. Patches without it are left out.
 Spread colour_spread(const ColourSection &section, size_t way, const std::string &group);
 
 std::string html_of(const ColourSection &section);
