@@ -12,9 +12,10 @@
 
 namespace {
 
-const double kPrecision = 1e-6;  // of a colour
-const double kInGamut = 1e-5;    // of a channel's full light, beyond which a colour is out of gamut
-const double kMostInward = 1e-4; // of the way to gray, what clipping may go too far
+const double kPrecision = 1e-6;     // of a colour
+const double kInGamut = 1e-5;       // of a channel's full light, beyond which a colour is out of gamut
+const double kMostInward = 1e-4;    // of the way to gray, what clipping may go too far
+const double kBrightestGray = 85.0; // L*. A panel has hardly a colour as bright as white: yellow would fade there
 const int kBisections = 40;
 
 Eigen::Matrix3d doubled(const vexo_matrix &m) {
@@ -38,21 +39,23 @@ double signal_of_light(const TargetRamp &ramp, double light) {
   return high;
 }
 
-// The line in L*a*b* from a colour to the gray of the same lightness.
+// The line in L*a*b* from a colour to the gray of the same lightness, but no brighter one than allowed.
 class TowardsGray {
 public:
   TowardsGray(const Triple &XYZ, const Triple &white)
-      : white_(white), f_(XYZ.cwiseQuotient(white).unaryExpr([](double part) { return cie_f(part); })) {}
+      : white_(white), f_(XYZ.cwiseQuotient(white).unaryExpr([](double part) { return cie_f(part); })),
+        gray_(Triple::Constant(std::min(f_[1], (kBrightestGray + 16.0) / 116.0))) {}
 
   // The colour with a part of its chroma.
   Triple at(double chroma) const {
-    const Triple f = Triple::Constant(f_[1]) + chroma * (f_ - Triple::Constant(f_[1]));
+    const Triple f = gray_ + chroma * (f_ - gray_);
     return f.unaryExpr([](double v) { return cie_f_inverse(v); }).cwiseProduct(white_);
   }
 
 private:
   Triple white_;
-  Triple f_;
+  Triple f_; // the cube roots of which L*a*b* is made
+  Triple gray_;
 };
 
 // By how much the lights are beyond what the channels have.

@@ -5,8 +5,8 @@
 // show the node's colour. The 3D LUT belongs in front of the 1D LUTs, if there are any: these keep the grays, so the
 // nodes of gray signals hold the signal itself.
 //
-// A colour out of the panel's gamut is moved towards the gray of the same lightness at constant hue, both of CIE
-// L*a*b*, until the panel can show it.
+// A colour out of the panel's gamut is moved towards the gray of the same lightness, at most of L* 85, at constant hue,
+// both of CIE L*a*b*, until the panel can show it.
 #ifndef VEXO_TOOLS_CUBE_H
 #define VEXO_TOOLS_CUBE_H
 
