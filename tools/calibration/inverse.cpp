@@ -71,6 +71,9 @@ void Inverse::measure_slopes(double difference) {
 
 // Goes a step if it leaves no more than a part of the miss, and corrects the slopes by what it shows.
 bool Inverse::take(const Triple &step, double part, const Triple &XYZ, Triple *miss) {
+  if (!step.allFinite()) {
+    return false;
+  }
   const Triple left = XYZ - panel_.XYZ(lights_ + step);
   if (!(left.norm() <= part * miss->norm())) {
     return false;
@@ -108,19 +111,20 @@ Triple Inverse::lights(const Triple &XYZ) {
 
 namespace {
 
-// The brightest that the panel shows the target white. Lights grow nearly in proportion to the luminance, so a few
-// divisions by the largest demand find where it is just met.
+// The brightest that the panel shows the target white. Lights grow nearly in proportion to the luminance above black,
+// so a few divisions by the largest demand find where it is just met.
 double brightest(const PanelInputs &panel, const Target &target, const Triple &black) {
   Inverse inverse(panel, kRounding);
   double luminance = panel.shown(Triple::Ones())[1];
+  const auto white = [&] { return TargetRamp(target, black[1] + luminance, black); };
   for (int i = 0; i < kInverseSteps; i++) {
-    const double demand = inverse.lights(TargetRamp(target, luminance, black).above_black(1.0)).maxCoeff();
+    const double demand = inverse.lights(white().above_black(1.0)).maxCoeff();
     if (std::fabs(demand - 1.0) < kRounding) {
       break;
     }
     luminance /= demand;
   }
-  return luminance;
+  return white().XYZ(1.0)[1]; // a curve may end below what the panel has
 }
 
 } // namespace
@@ -128,6 +132,10 @@ double brightest(const PanelInputs &panel, const Target &target, const Triple &b
 double white_luminance(const PanelInputs &panel, const Target &target) {
   const Triple included = included_black(target.curve, panel.model());
   const double most = brightest(panel, target, included);
+  if (!(most > included[1] && std::isfinite(most))) {
+    throw Failure(kLimitMissed,
+                  "the panel cannot show white " + target.white.name + " above its black; no LUTs were written");
+  }
   if (!target.luminance) {
     return most;
   }

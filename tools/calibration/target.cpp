@@ -110,7 +110,7 @@ Target on_panel(Target target, const PanelModel &model) {
 }
 
 Triple included_black(const ToneCurve &curve, const Triple &black) {
-  return curve.refers_to_black ? black : Triple(Triple::Zero());
+  return curve.refers_to_black ? Triple(black.cwiseMax(0.0)) : Triple(Triple::Zero());
 }
 
 Triple included_black(const ToneCurve &curve, const PanelModel &model) {
@@ -118,8 +118,7 @@ Triple included_black(const ToneCurve &curve, const PanelModel &model) {
 }
 
 TargetRamp::TargetRamp(const Target &target, double white_luminance, const Triple &black)
-    : target_(target), range_{white_luminance, std::max(black[1], 0.0)}, white_(white_XYZ(target.white, 1.0)),
-      black_(black) {}
+    : target_(target), range_{white_luminance, black[1]}, white_(white_XYZ(target.white, 1.0)), black_(black) {}
 
 double TargetRamp::luminance(double input) const {
   return std::min(target_.curve.luminance(input, range_), range_.white);

@@ -36,7 +36,7 @@ std::string white_names();
 Target on_panel(Target target, const PanelModel &model);
 
 // What the figures of a ramp add to the light above black: black, or nothing where the curve is about light above
-// black.
+// black. Components of black that read below 0 are noise and count as 0.
 Triple included_black(const ToneCurve &curve, const Triple &black);
 Triple included_black(const ToneCurve &curve, const PanelModel &model);
 

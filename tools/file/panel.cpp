@@ -15,6 +15,8 @@
 
 namespace {
 
+const double kLeastTriangle = 1e-6; // twice its area in x, y; less is the rounding of readings
+
 // Tables of readings begin with a letter, a digit, a quote or a comment.
 void check_kind(const std::string &name, const std::string &text) {
   const size_t first = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF"); // a byte order mark at the end
@@ -117,6 +119,19 @@ float sum_above_black(const vexo_lcnr &lcnr, int channel, int row) {
   return vexo_vector_sum(&XYZ);
 }
 
+// Twice the area of the triangle that the channels span in x, y.
+double triangle(const vexo_lcnr &lcnr, int row) {
+  double x[3];
+  double y[3];
+  for (int c = 0; c < 3; c++) {
+    const vexo_vector XYZ = above_black(lcnr, c, row);
+    const double sum = sum_above_black(lcnr, c, row);
+    x[c] = XYZ.d[0] / sum;
+    y[c] = XYZ.d[1] / sum;
+  }
+  return std::fabs((x[1] - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (y[1] - y[0]));
+}
+
 void check_light(const Panel &panel) {
   const int top = panel.lcnr.num - 1;
   for (int c = 0; c < 3; c++) {
@@ -126,6 +141,9 @@ void check_light(const Panel &panel) {
       refuse_input(row_name(panel, top),
                    format("the panel is black: %s at full drive has Y %g, black has %g", kChannels[c], full, black));
     }
+  }
+  if (!(triangle(panel.lcnr, top) > kLeastTriangle)) {
+    refuse_input(row_name(panel, top), "red, green and blue at full drive span no triangle, expected three colours");
   }
 }
 

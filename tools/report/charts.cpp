@@ -172,9 +172,9 @@ Chart light_error_chart(const Report &report) {
   chart.references = {{0.0, "target"}};
   chart.y.high = 1.2 * std::max(5.0, 100.0 * worst_light_error(report));
   chart.y.low = -chart.y.high;
-  chart.summary =
-      format("Worst above 1 cd/m²: %.1f %% before, %.1f %% after.", report.before.summary.light_error_bright * 100.0,
-             report.after.summary.light_error_bright * 100.0);
+  chart.summary = format("Worst above 1 cd/m²: %s %% before, %s %% after.",
+                         number(report.before.summary.light_error_bright * 100.0, 1).c_str(),
+                         number(report.after.summary.light_error_bright * 100.0, 1).c_str());
   return chart;
 }
 
@@ -184,9 +184,10 @@ Chart gamma_chart(const Report &report) {
   add_ramps(&chart, report, gamma);
   add_target(&chart, report, gamma);
   fit_to_judged(&chart, 0.2);
-  chart.summary = format("Mean from %s to 90 %%: %.3f before, %.3f after, which is %.3f to %.3f.",
-                         judged_from().c_str(), report.before.summary.gamma_mean, report.after.summary.gamma_mean,
-                         report.after.summary.gamma_min, report.after.summary.gamma_max);
+  chart.summary =
+      format("Mean from %s to 90 %%: %s before, %s after, which is %s to %s.", judged_from().c_str(),
+             number(report.before.summary.gamma_mean, 3).c_str(), number(report.after.summary.gamma_mean, 3).c_str(),
+             number(report.after.summary.gamma_min, 3).c_str(), number(report.after.summary.gamma_max, 3).c_str());
   return chart;
 }
 
@@ -266,8 +267,9 @@ Chart gray_plane_chart(const Report &report) {
     chart.series.push_back(series);
   }
   chart.series.push_back({"target white", "target", {point(report.target.grays.back().uvY)}, false});
-  chart.summary = format("Farthest from the target white: %.4f before, %.4f after.", report.before.summary.duv.worst,
-                         report.after.summary.duv.worst);
+  chart.summary =
+      format("Farthest from the target white: %s before, %s after.", number(report.before.summary.duv.worst, 4).c_str(),
+             number(report.after.summary.duv.worst, 4).c_str());
   return chart;
 }
 

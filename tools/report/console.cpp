@@ -1,9 +1,14 @@
 // The gray ramp and its figures as text.
+#include <cmath>
+
 #include "report/report.h"
 #include "report/verdict.h"
 #include "text/format.h"
 
 namespace {
+
+// In a column of 9; a dash for none.
+std::string figure(double value) { return std::isfinite(value) ? format("%9.4f", value) : format("%9s", "-"); }
 
 void print_tenths(const Report &report, std::FILE *f) {
   std::fprintf(f,
@@ -16,14 +21,15 @@ void print_tenths(const Report &report, std::FILE *f) {
     const size_t i = tenth * last / 10;
     const GrayFigure &before = report.before.grays[i];
     const GrayFigure &after = report.after.grays[i];
-    std::fprintf(f, "  %4.0f %%   %9.4g   %9.4g   %9.4f     %9.4g   %9.4f\n", after.input * 100.0,
-                 report.target.grays[i].xyY.d[2], before.xyY.d[2], before.duv, after.xyY.d[2], after.duv);
+    std::fprintf(f, "  %4.0f %%   %9.4g   %9.4g   %s     %9.4g   %s\n", after.input * 100.0,
+                 report.target.grays[i].xyY.d[2], before.xyY.d[2], figure(before.duv).c_str(), after.xyY.d[2],
+                 figure(after.duv).c_str());
   }
 }
 
 void print_spreads(std::FILE *f, const char *title, const Spread &before, const Spread &after, const char *unit) {
-  std::fprintf(f, "  %-26s %9.4f %9.4f    %9.4f %9.4f   %s\n", title, before.mean, before.worst, after.mean,
-               after.worst, unit);
+  std::fprintf(f, "  %-26s %s %s    %s %s   %s\n", title, figure(before.mean).c_str(), figure(before.worst).c_str(),
+               figure(after.mean).c_str(), figure(after.worst).c_str(), unit);
 }
 
 Spread percent(const Spread &spread) { return {spread.mean * 100.0, spread.worst * 100.0}; }
