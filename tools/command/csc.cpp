@@ -30,19 +30,17 @@ struct CscOptions {
 
 bool is_panel(const std::string &space) { return has_extension(space, ".xml"); }
 
-Space output_space(const CscOptions &options, const Space &both) {
-  if (is_panel(options.to_space)) {
-    Space space = panel_space(model_of(read_panel_input({options.to_space, "", "", "on"})),
-                              parse_white("--white", options.white));
-    space.name = options.to_space + " at white " + options.white;
-    return space;
-  }
-  return options.to_space.empty() ? both : parse_space("--to-space", options.to_space);
+// The panel's primaries at the target's white.
+Space panel_output(const CscOptions &options, Target *target) {
+  const PanelModel model = model_of(read_panel_input({options.to_space, "", "", "on"}));
+  *target = on_panel(*target, model);
+  Space space = panel_space(model, target->white);
+  space.name = options.to_space + " at white " + options.white;
+  return space;
 }
 
-// The 24 colours on a panel whose channels add and follow the power law 2.2.
-MatrixEffect effect_of_matrix(const Space &from, const Space &panel, const White &white) {
-  const Target target = {white, power_law(2.2F), {}};
+// The 24 colours on a panel whose channels add and follow the target's curve.
+MatrixEffect effect_of_matrix(const Space &from, const Space &panel, const Target &target) {
   const SignalColours wanted(from, target, 1.0, Triple::Zero());
   const SignalColours shown(panel, target, 1.0, Triple::Zero());
   const Eigen::Matrix3d matrix = signal_matrix(from, panel);
@@ -55,10 +53,13 @@ MatrixEffect effect_of_matrix(const Space &from, const Space &panel, const White
 
 CscResult convert(const CscOptions &options) {
   const Space both = options.luma == "bt601" ? with_bt601_luma(options.space) : options.space;
-  CscResult r = {
-      {options.from, options.from_space.value_or(both)}, {options.to, output_space(options, both)}, {}, {}, {}, {}};
+  CscResult r = {{options.from, options.from_space.value_or(both)}, {options.to, both}, {}, {}, {}, {}};
   if (is_panel(options.to_space)) {
-    r.effect = effect_of_matrix(r.from.space, r.to.space, parse_white("--white", options.white));
+    Target target = {parse_white("--white", options.white), power_law(2.2F), {}};
+    r.to.space = panel_output(options, &target);
+    r.effect = effect_of_matrix(r.from.space, r.to.space, target);
+  } else if (!options.to_space.empty()) {
+    r.to.space = parse_space("--to-space", options.to_space);
   }
   vexo_ccp controls = options.controls;
   controls.hue = static_cast<float>(options.hue * 3.141592653589793 / 180.0);
