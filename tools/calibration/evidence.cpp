@@ -14,7 +14,7 @@ MoreReadings read_more(const std::string &gray, const std::string &mix, const Pa
 
 Evidence evidence_of(const MoreReadings &more, PanelModel model, const Triple &noise) {
   Evidence evidence;
-  if (more.grays) {
+  if (more.grays && sparse(*more.grays, model.measurements()).empty()) {
     evidence.ramp = lights_of(*more.grays);
     model.shape_channels(evidence.ramp);
     evidence.grays.push_back(bare_grays(*more.grays, model, noise));

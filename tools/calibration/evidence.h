@@ -17,7 +17,8 @@ struct MoreReadings {
 // Failure (input).
 MoreReadings read_more(const std::string &gray, const std::string &mix, const Panel &panel);
 
-// What a model of the channels learns from them. noise: the panel file's own noise_floor(). Throws a Failure (input).
+// What a model of the channels learns from them; from grays only where they are not sparse(). noise: the panel file's
+// own noise_floor(). Throws a Failure (input).
 Evidence evidence_of(const MoreReadings &more, PanelModel model, const Triple &noise);
 
 // Makes the model learn all of it.

@@ -12,6 +12,7 @@ namespace {
 const double kUnitFactor = 1.5;  // what two readings of one white may differ by
 const double kNoiseMargin = 2.0; // times the noise: what counts as read
 const double kBlackDiffers = 0.2;
+const double kFarApart = 0.34; // of full drive, from one gray to the next
 
 double top_level(const vexo_lcnr &lcnr) { return lcnr.sample[lcnr.num - 1]; }
 
@@ -54,6 +55,25 @@ GrayRamp read_gray_ramp(const std::string &path, const Panel &panel) {
     throw Failure(kInputError, input_name(path) + ": no gray above black");
   }
   return ramp;
+}
+
+std::string sparse(const GrayRamp &ramp, const vexo_lcnr &panel) {
+  const double top = top_level(panel);
+  double before = 0.0;
+  const auto gap = [&](double input) {
+    return input - before <= kFarApart ? ""
+                                       : format("%s: no gray between the levels %g and %g, expected none further apart "
+                                                "than a third of full drive",
+                                                input_name(ramp.path).c_str(), before * top, input * top);
+  };
+  for (const GrayRamp::Gray &gray : ramp.grays) {
+    const std::string found = gap(gray.input);
+    if (!found.empty()) {
+      return found;
+    }
+    before = gray.input;
+  }
+  return gap(1.0);
 }
 
 std::vector<MeasuredLight> lights_of(const GrayRamp &ramp) {

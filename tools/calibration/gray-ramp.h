@@ -25,6 +25,9 @@ struct GrayRamp {
 // or levels do not rise or lie outside those of the panel.
 GrayRamp read_gray_ramp(const std::string &path, const Panel &panel);
 
+// Where grays of a ramp are so far apart that nothing is known of those between them, in words; empty for nowhere.
+std::string sparse(const GrayRamp &ramp, const vexo_lcnr &panel);
+
 // The grays above black, as they were read.
 std::vector<MeasuredLight> lights_of(const GrayRamp &ramp);
 

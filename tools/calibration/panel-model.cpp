@@ -65,7 +65,6 @@ Triple roots(const Triple &light) { return light.cwiseMax(0.0).cwiseSqrt(); }
 
 double gray_level(const Triple &drives) { return drives.cwiseMax(0.0).mean(); }
 
-// 1 at gray, nearly 1 close to it, 0 where a channel is dark.
 double grayness(const Triple &drives) {
   const Triple d = drives.cwiseMax(0.0);
   const double t = d.mean();

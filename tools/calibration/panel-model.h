@@ -47,6 +47,9 @@ struct Evidence {
 // The gray level of three drives: their mean.
 double gray_level(const Triple &drives);
 
+// g: 1 at gray, nearly 1 close to it, 0 where a channel is dark.
+double grayness(const Triple &drives);
+
 class PanelModel {
 public:
   static constexpr int kTopLevel = 1023; // full drive in the tables

@@ -9,6 +9,7 @@ const double kRelativeNoise = 0.002; // of a reading
 const double kReadNoise = 0.002;     // cd/m2
 const double kHeldWithin = 2.0;      // times the noise
 const int kPasses = 6;
+const double kLeastGrayness = 0.1;    // of drives that tell of grays
 const double kSmoothedNoise = 0.4015; // of six passes: the root of the sum of their squared weights
 
 Triple noise_of(const Triple &XYZ) {
@@ -62,7 +63,7 @@ std::vector<MeasuredLight> believed_grays(const GrayRamp &ramp, const vexo_lut *
     const Triple drives = drives_at(luts, ramp.grays[i].input);
     const Triple predicted = model.XYZ(drives);
     const bool higher = lights.empty() || gray_level(drives) > gray_level(lights.back().drives);
-    if (higher && gray_level(drives) > 0.0 && (predicted.array() > 0.0).all()) {
+    if (higher && grayness(drives) > kLeastGrayness && (predicted.array() > 0.0).all()) {
       lights.push_back({drives, predicted});
       differences.push_back({ramp.above_black(i).cwiseQuotient(predicted) - Triple::Ones(),
                              noise_of(ramp.grays[i].XYZ).cwiseQuotient(predicted)});

@@ -40,7 +40,7 @@ void compare_with_solve(const PanelInput &input, const RecipeJob &job, Correctio
 
 void run(const CalibrateOptions &options, const std::string &command_line) {
   const Target target = parse_target(options.target);
-  require_apart(options.panel, options.target, options.report, "", options.output);
+  require_apart(options.panel, options.target, options.report, {}, options.output);
   const PanelInput input = read_panel_input(options.panel);
   const RecipeJob job = {&recipe_named(options.recipe),
                          on_panel(target, model_of(input)),

@@ -46,12 +46,21 @@ bool keeps(const RefineOptions &options, const GrayRamp &ramp, const Target &tar
 void run(const RefineOptions &options, const std::string &command_line) {
   const TargetOptions target_options = complete(options.target);
   Target target = parse_target(target_options);
-  require_apart(options.panel, options.target, options.report, options.luts, options.output);
+  require_apart(options.panel, target_options, options.report, {options.luts}, options.output);
   PanelInput input = read_panel_input(options.panel);
   LutScan scan = scan_luts(options.luts, three_channel_layout(options.luts));
   LutSet before = load_luts(scan);
   const GrayRamp ramp = read_gray_ramp(options.report.verify, input.panel);
-  input.evidence.grays.push_back(believed_grays(ramp, before.get(), model_of(input)));
+  const std::string gap = sparse(ramp, input.panel.lcnr);
+  if (!gap.empty()) {
+    throw Failure(kInputError, gap);
+  }
+  const PanelModel model = model_of(input);
+  require_channels(model, before, options.luts);
+  input.evidence.grays.push_back(believed_grays(ramp, before.get(), model));
+  if (input.evidence.grays.back().empty()) {
+    refuse_input(input_name(options.luts), "no gray through these LUTs is near gray: expected those of a calibration");
+  }
   target = on_panel(target, model_of(input));
   const RecipeJob job = {&recipe_named("solve"),
                          target,

@@ -24,14 +24,15 @@ struct ReportCommandOptions {
 };
 
 void run(const ReportCommandOptions &options, const std::string &command_line) {
-  require_apart(options.panel, options.target, options.report, options.luts, "");
-  require_apart({options.lut3d, options.verify_colors}, {options.report.html, options.report.json, options.report.csv});
   ReportSource source;
   const TargetOptions target_options = complete(options.target);
+  require_apart(options.panel, target_options, options.report, {options.luts, options.lut3d, options.verify_colors},
+                "");
   const Target target = parse_target(target_options);
   const PanelInput input = read_panel_input(options.panel);
   LutSet luts = read_luts(options.luts);
   const PanelModel model = model_of(input);
+  require_light(model, luts, options.luts);
   source.target = on_panel(target, model);
   source.panel = &input.panel;
   source.model = &model;
@@ -53,6 +54,7 @@ void run(const ReportCommandOptions &options, const std::string &command_line) {
     cube = read_with_warnings(file).lut;
   }
   if (options.patches || cube != nullptr || !options.verify_colors.empty()) {
+    require_channels(model, luts, options.luts);
     source.colours = ColourSource{options.space, cube.get(), options.verify_colors};
   }
   const Report report = make_report(source);

@@ -6,12 +6,14 @@
 
 #include "calibration/check.h"
 #include "calibration/condition.h"
+#include "calibration/figures.h"
 #include "calibration/gray-ramp.h"
 #include "command/cli.h"
 #include "file/apart.h"
 #include "file/input.h"
 #include "file/output.h"
 #include "report/verdict.h"
+#include "text/channels.h"
 #include "text/failure.h"
 #include "text/format.h"
 #include "text/verbose.h"
@@ -44,6 +46,20 @@ void add_panel_options(CLI::App *command, PanelOptions &options) {
 
 namespace {
 
+// Grays that stand far apart would mislead the model: it refuses a ramp of them, and passes over those among mixtures.
+void check_grays(const PanelOptions &options, PanelInput *input) {
+  const std::string gap = input->more.grays ? sparse(*input->more.grays, input->panel.lcnr) : "";
+  if (gap.empty()) {
+    return;
+  }
+  if (!options.gray.empty()) {
+    throw Failure(kInputError, gap);
+  }
+  warn(gap + "; these grays are not used");
+  input->notes.push_back(gap + "; these grays are not used");
+  input->more.grays.reset();
+}
+
 void note_more(PanelInput *input) {
   const auto &[grays, mixtures] = input->more;
   const std::string difference = grays ? black_difference(*grays, input->panel) : "";
@@ -74,6 +90,7 @@ PanelInput read_panel_input(const PanelOptions &options) {
     }
   }
   input.more = read_more(options.gray, options.mix, input.panel);
+  check_grays(options, &input);
   note_more(&input);
   if (input.more.grays || input.more.mixtures) {
     say("solves the model of grays and mixtures");
@@ -95,10 +112,25 @@ PanelModel model_of(const PanelInput &input) {
   return std::move(*model);
 }
 
+void require_light(const PanelModel &model, LutSet &luts, const std::string &path) {
+  if (!(model.XYZ(drives_at(luts.get(), 1.0))[1] > 0.0)) {
+    refuse_input(input_name(path), "no light at the highest input, expected LUTs that lead to white");
+  }
+}
+
+void require_channels(const PanelModel &model, LutSet &luts, const std::string &path) {
+  const Triple drives = drives_at(luts.get(), 1.0);
+  for (Eigen::Index c = 0; c < 3; c++) {
+    if (!(model.additive(drives[c] * Triple::Unit(c)).sum() > 0.0)) {
+      refuse_input(input_name(path),
+                   format("%s gives no light at the highest input, expected LUTs that lead to white", kChannels[c]));
+    }
+  }
+}
+
 void require_apart(const PanelOptions &panel, const TargetOptions &target, const ReportOptions &report,
-                   const std::string &luts_in, const std::string &luts_out) {
-  std::vector<std::string> inputs = {panel.panel,  panel.gray, panel.mix,    target.from,
-                                     target.curve, luts_in,    report.verify};
+                   std::vector<std::string> inputs, const std::string &luts_out) {
+  inputs.insert(inputs.end(), {panel.panel, panel.gray, panel.mix, target.from, target.curve, report.verify});
   inputs.insert(inputs.end(), report.limits.begin(), report.limits.end());
   require_apart(inputs, {luts_out, report.html, report.json, report.csv});
 }

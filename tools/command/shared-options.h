@@ -44,6 +44,12 @@ PanelInput read_panel_input(const PanelOptions &options);
 // The model that has learnt all of it. Throws a Failure (input) where the library makes no tables.
 PanelModel model_of(const PanelInput &input);
 
+// Throws a Failure (input) where the panel gives no light at the highest input through LUTs of a file.
+void require_light(const PanelModel &model, LutSet &luts, const std::string &path);
+
+// The same for each channel alone.
+void require_channels(const PanelModel &model, LutSet &luts, const std::string &path);
+
 // Where the figures of a report go; empty where not given.
 struct ReportOptions {
   ReportLabels labels;
@@ -57,10 +63,10 @@ struct ReportOptions {
   bool to_stdout() const { return html == "-" || json == "-" || csv == "-"; }
 };
 
-// All files of a command are different ones: those of the options, and the LUTs that it reads and writes; empty for
-// none. Throws a Failure (usage).
+// All files of a command are different ones: those of the options, others that it reads, and the LUTs that it writes;
+// empty for none. Throws a Failure (usage).
 void require_apart(const PanelOptions &panel, const TargetOptions &target, const ReportOptions &report,
-                   const std::string &luts_in, const std::string &luts_out);
+                   std::vector<std::string> inputs, const std::string &luts_out);
 
 // --json, --csv, --limits, and the texts for the record.
 void add_figure_options(CLI::App *command, ReportOptions &options);

@@ -3,6 +3,7 @@
 #include <nettle/sha2.h>
 #include <sys/stat.h>
 
+#include <cmath>
 #include <ctime>
 
 #include "file/input.h"
@@ -11,6 +12,8 @@
 #include "text/format.h"
 
 namespace {
+
+const float kSameLevel = 1e-5F; // parts of it that rounding may make a difference of
 
 std::string sha256(const std::string &content) {
   sha256_ctx context;
@@ -38,7 +41,7 @@ std::string last_change(const std::string &path) {
   return stat(path.c_str(), &info) == 0 ? utc(info.st_mtime) : "";
 }
 
-// Two rows or more whose levels rise, from 0 or above.
+// Two rows or more whose levels rise, from 0 or above to full drive.
 std::vector<GrayReading> read_ramp(const std::string &path, float top) {
   std::vector<GrayReading> rows = read_gray(path, top);
   for (size_t i = 1; i < rows.size(); i++) {
@@ -47,8 +50,9 @@ std::vector<GrayReading> read_ramp(const std::string &path, float top) {
                     format("%s: the levels do not rise after %g", input_name(path).c_str(), rows[i - 1].level));
     }
   }
-  if (rows.size() < 2 || !(rows.back().level > 0.0F) || rows.front().level < 0.0F) {
-    throw Failure(kInputError, input_name(path) + ": expected two rows or more, levels rising from 0");
+  if (rows.size() < 2 || rows.front().level < 0.0F || std::fabs(rows.back().level / top - 1.0F) > kSameLevel) {
+    refuse_input(input_name(path),
+                 format("expected two rows or more, levels rising from 0 or above to %g as in the panel file", top));
   }
   return rows;
 }
@@ -75,6 +79,10 @@ ShownRamp measured_ramp(const ReportSource &source) {
   ShownRamp ramp = {{}, black, included_black(source.target.curve, black)};
   const Triple removed = ramp.black - ramp.included;
   const LightRange range = {double{rows.back().XYZ.d[1]} - removed[1], ramp.included[1]};
+  if (!(range.white > ramp.included[1])) {
+    refuse_input(input_name(source.verify),
+                 format("white has a luminance of %g, expected more than black's %g", rows.back().XYZ.d[1], black[1]));
+  }
   for (const GrayReading &r : rows) {
     ramp.grays.push_back(gray_figure(double{r.level} / rows.back().level, triple(r.XYZ) - removed, range));
   }
