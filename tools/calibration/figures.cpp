@@ -14,6 +14,7 @@ namespace {
 const int kRampSize = 101;
 const double kNone = std::numeric_limits<double>::quiet_NaN();
 const double kEndless = std::numeric_limits<double>::infinity();
+const double kSameDifference = 1e-4;  // of CIEDE2000
 const double kGammaUpTo = 0.9 + 1e-6; // a step of gamma nearer to white rests on a small difference of light
 
 vexo_vector scaled_to(vexo_vector XYZ, float Y) {
@@ -221,6 +222,8 @@ Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &targ
   const double peak = grays.back().XYZ.d[1];
   return GrayTarget(target, primaries_of(model), peak, black).judge(std::move(grays)).summary.de2000;
 }
+
+bool is_worse(const Spread &with, const Spread &without) { return !(with.mean <= without.mean + kSameDifference); }
 
 vexo_cs primaries_of(const PanelModel &model) {
   const vexo_vector r = single(model.XYZ({1.0, 0.0, 0.0}));

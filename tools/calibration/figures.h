@@ -120,6 +120,9 @@ private:
 // CIEDE2000 of the ramp that the model predicts through LUTs, against the target at its own peak.
 Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &target);
 
+// Whether a mean CIEDE2000 is above another by more than rounding.
+bool is_worse(const Spread &with, const Spread &without);
+
 // The primaries and the white of the panel at full drive. Throws a Failure (input) where they span no triangle.
 vexo_cs primaries_of(const PanelModel &model);
 

@@ -52,7 +52,13 @@ size_t nearest_reading(const std::vector<MeasuredLight> &lights, const Triple &d
   return static_cast<size_t>(nearest - lights.begin());
 }
 
-void print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
+// The 24 colours with the 3D LUT and without.
+struct Effect {
+  Spread with;
+  Spread without;
+};
+
+Effect print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
   const auto error = [&](const Triple &signal, const Triple &inputs) {
     return colour_error(panel.shown(inputs), signal, colours);
   };
@@ -72,6 +78,7 @@ void print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_
     std::fprintf(f, "              %d of them out of gamut; the others mean %.2f, worst %.2f\n", outside, inside.mean,
                  inside.worst);
   }
+  return {after, before};
 }
 
 // How far the model can be trusted there: its error at the readings nearest to the colours.
@@ -106,6 +113,7 @@ void make(const MakeOptions &options) {
   LutSet luts = options.luts.empty() ? LutSet() : read_luts(options.luts);
   const vexo_lut *between = options.luts.empty() ? nullptr : luts.get();
   if (between != nullptr) {
+    require_channels(model, luts, options.luts);
     warn_of_grays(model, luts, target);
   }
   const PanelInputs panel(model, between);
@@ -118,13 +126,19 @@ void make(const MakeOptions &options) {
   write_lut3d(options.output, cube.lut.get());
   std::FILE *f = options.output.path == "-" ? stderr : stdout;
   print_clipped(cube.clipped, options.size, options.clip, f);
-  print_colours(panel, colours, cube.lut.get(), f);
+  const Effect effect = print_colours(panel, colours, cube.lut.get(), f);
   if (input.more.mixtures) {
     const CrossValidation validation = cross_validate(*input.more.mixtures, model);
     print_trust(*input.more.mixtures, validation, colours, between, cube.lut.get(), f);
     if (!validation.holds) {
       warn(doubt(validation));
     }
+  }
+  if (is_worse(effect.with, effect.without)) {
+    throw Failure(kLimitMissed,
+                  format("the 3D LUT makes the 24 colours worse: mean CIEDE2000 %.4f, without it %.4f (predicted); %s "
+                         "was written",
+                         effect.with.mean, effect.without.mean, options.output.path.c_str()));
   }
 }
 
@@ -157,6 +171,6 @@ void add_lut3d_make(CLI::App &lut3d) {
   command->footer(
       "Example: vexo lut3d make panel.xml --luts luts.txt --gray bare.csv --mix mix.csv -o bt709.cube\n\n"
       "Give the same target as to calibrate. Gray signals pass the 3D LUT unchanged when there are --luts.\n\n"
-      "Exit status: 0 done; 1 the panel cannot show the luminance; 2 usage; 3 input unreadable or invalid;\n"
-      "4 output failed.");
+      "Exit status: 0 done; 1 the panel cannot show the luminance (no 3D LUT is written), or the 3D LUT makes the 24\n"
+      "colours worse (it is written); 2 usage; 3 input unreadable or invalid; 4 output failed.");
 }

@@ -71,6 +71,4 @@ std::string next_step(const Report &report) {
                                               "the channels of real panels do not add";
 }
 
-bool makes_worse(const Report &report) {
-  return !(judged(report).summary.de2000.mean <= report.before.summary.de2000.mean);
-}
+bool makes_worse(const Report &report) { return is_worse(judged(report).summary.de2000, report.before.summary.de2000); }
