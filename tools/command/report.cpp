@@ -7,8 +7,10 @@
 #include "command/shared-options.h"
 #include "file/apart.h"
 #include "file/input.h"
+#include "report/colour-section.h"
 #include "report/verdict.h"
 #include "text/failure.h"
+#include "text/format.h"
 
 namespace {
 
@@ -60,6 +62,10 @@ void run(const ReportCommandOptions &options, const std::string &command_line) {
   const Report report = make_report(source);
   write_reports(options.report, report);
   write_verdict(report, options.report.to_stdout() ? stderr : stdout);
+  if (const int missing = report.colours ? missing_colours(*report.colours) : 0; missing > 0) {
+    warn(format("%s lacks %d of the 24 colours, so that limits for colours are not judged",
+                input_name(options.verify_colors).c_str(), missing));
+  }
   const std::string worse = worse_than_without(report);
   if (!worse.empty()) {
     warn(worse);

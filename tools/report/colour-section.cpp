@@ -1,5 +1,6 @@
 #include "report/colour-section.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -146,6 +147,12 @@ Spread colour_spread(const ColourSection &section, size_t way, const std::string
     }
   }
   return spread_of(errors);
+}
+
+int missing_colours(const ColourSection &section) {
+  return static_cast<int>(std::count_if(section.rows.begin(), section.rows.end(), [&](const ColourRow &row) {
+    return row.patch.group == kChart && std::isnan(row.shown[section.judged].de2000);
+  }));
 }
 
 std::string html_of(const ColourSection &section) {

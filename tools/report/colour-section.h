@@ -43,6 +43,9 @@ ColourSection judge_colours(const ColourSource &source, const PanelModel &model,
 // CIEDE2000 of one way, over the patches of a group, or of all groups if it is empty. Patches without it are left out.
 Spread colour_spread(const ColourSection &section, size_t way, const std::string &group);
 
+// How many of the 24 colours lack a figure in the way that is judged.
+int missing_colours(const ColourSection &section);
+
 std::string html_of(const ColourSection &section);
 Json json_of(const ColourSection &section);
 

@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <limits>
 
+#include "report/colour-section.h"
+
 namespace {
 
 const double kUnknown = std::numeric_limits<double>::quiet_NaN();
 
-// Of the 24 colours, in the way that is judged.
-Spread judged_colours(const Report &report) {
-  return report.colours ? colour_spread(*report.colours, report.colours->judged, kChart)
-                        : Spread{kUnknown, kUnknown};
+// Of the 24 colours, in the way that is judged, for the ramp that is judged. Not known unless all of them were seen.
+Spread judged_colours(const Report &report, const Ramp &ramp) {
+  const bool known = report.colours && &ramp == &judged(report) && missing_colours(*report.colours) == 0;
+  return known ? colour_spread(*report.colours, report.colours->judged, kChart) : Spread{kUnknown, kUnknown};
 }
 
 double percent(double part) { return part * 100.0; }
@@ -78,9 +80,9 @@ const std::vector<NamedFigure> kNamedFigures = {
     {"contrast", "Contrast", 0, Bound::kNamed, true,
      [](const Report &, const Ramp &r) { return contrast(r.seen.white - r.seen.black, r.seen.black); }},
     {"color_de2000_mean", "CIEDE2000 of colours, mean", 3, Bound::kMost, false,
-     [](const Report &report, const Ramp &) { return judged_colours(report).mean; }},
+     [](const Report &report, const Ramp &r) { return judged_colours(report, r).mean; }},
     {"color_de2000_worst", "CIEDE2000 of colours, worst", 3, Bound::kMost, false,
-     [](const Report &report, const Ramp &) { return judged_colours(report).worst; }},
+     [](const Report &report, const Ramp &r) { return judged_colours(report, r).worst; }},
 };
 
 const NamedFigure *figure_named(const std::string &name) {
