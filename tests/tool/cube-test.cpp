@@ -273,7 +273,7 @@ TEST_F(MadeCube, ReportJudgesMeasuredColours) {
     EXPECT_NEAR(summary["chart"]["worst"].get<double>(), *std::max_element(expected.begin(), chart), 1e-3);
     EXPECT_NEAR(summary["all"]["mean"].get<double>(), mean(expected.begin(), expected.end()), 1e-3);
     EXPECT_NEAR(summary["all"]["worst"].get<double>(), *std::max_element(expected.begin(), expected.end()), 1e-3);
-    EXPECT_EQ(found["figures"]["color_de2000_mean"], summary["chart"]["mean"]);
+    EXPECT_EQ(found["figures"]["color_de2000_mean"], complete ? summary["chart"]["mean"] : json()); // all 24 or none
   }
 }
 
