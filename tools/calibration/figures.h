@@ -17,6 +17,9 @@
 // Grays are judged from this input up. Below it, much of what a probe reads is noise.
 const double kJudgedFrom = 0.1;
 
+// Distance in u'v' at which two whites are just told apart side by side.
+const double kWhiteTolerance = 0.004;
+
 bool is_judged(double input);
 std::string judged_from(); // "10 %"
 

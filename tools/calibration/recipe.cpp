@@ -17,7 +17,6 @@
 namespace {
 
 const int kLevels = 1024;             // entries that the recipes fill
-const double kWhiteTolerance = 0.004; // distance in u'v' at which two whites are just told apart side by side
 
 // Applies a change to every drive.
 template <typename Change> void for_each_drive(LutSet &luts, Change change) {

@@ -45,6 +45,21 @@ void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) 
   }
 }
 
+// Without 1D LUTs it is the 3D LUT that has to show white.
+void check_white(const PanelInputs &panel, const Triple &inputs, const Target &target, const Triple &black) {
+  const Triple XYZ = panel.shown(inputs) + black;
+  const GrayFigure shown = gray_figure(1.0, XYZ, {XYZ[1], black[1]});
+  const double distance = uv_distance(shown.xyY, target.white.xyz);
+  if (!(distance <= kWhiteTolerance)) {
+    throw Failure(
+        kLimitMissed,
+        format("the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
+               "where %.4f is allowed; no 3D LUT was written",
+               target.white.name.c_str(), target.white.xyz.d[0], target.white.xyz.d[1], shown.xyY.d[0], shown.xyY.d[1],
+               distance, kWhiteTolerance));
+  }
+}
+
 size_t nearest_reading(const std::vector<MeasuredLight> &lights, const Triple &drives) {
   const auto distance = [&](const MeasuredLight &light) { return (light.drives - drives).norm(); };
   const auto nearest = std::min_element(lights.begin(), lights.end(),
@@ -75,8 +90,9 @@ Effect print_colours(const PanelInputs &panel, const SignalColours &colours, vex
     return std::numeric_limits<double>::quiet_NaN();
   });
   if (outside > 0) {
-    std::fprintf(f, "              %d of them out of gamut; the others mean %.2f, worst %.2f\n", outside, inside.mean,
-                 inside.worst);
+    std::fprintf(
+        f, "              %d of them out of gamut%s\n", outside,
+        std::isnan(inside.mean) ? "" : format("; the others mean %.2f, worst %.2f", inside.mean, inside.worst).c_str());
   }
   return {after, before};
 }
@@ -122,6 +138,9 @@ void make(const MakeOptions &options) {
   const SignalColours colours(options.space, target, white, black);
   say("solves the nodes");
   Cube cube = make_cube(panel, colours, options.size, between != nullptr, show_progress);
+  if (between == nullptr) {
+    check_white(panel, through(cube.lut.get(), Triple::Ones()), target, black);
+  }
   vexo_3dlut_set_title(cube.lut.get(), options.title.value_or(options.space.name).c_str());
   write_lut3d(options.output, cube.lut.get());
   std::FILE *f = options.output.path == "-" ? stderr : stdout;
@@ -171,6 +190,6 @@ void add_lut3d_make(CLI::App &lut3d) {
   command->footer(
       "Example: vexo lut3d make panel.xml --luts luts.txt --gray bare.csv --mix mix.csv -o bt709.cube\n\n"
       "Give the same target as to calibrate. Gray signals pass the 3D LUT unchanged when there are --luts.\n\n"
-      "Exit status: 0 done; 1 the panel cannot show the luminance (no 3D LUT is written), or the 3D LUT makes the 24\n"
-      "colours worse (it is written); 2 usage; 3 input unreadable or invalid; 4 output failed.");
+      "Exit status: 0 done; 1 the panel cannot show white or its luminance (no 3D LUT is written), or the 3D LUT\n"
+      "makes the 24 colours worse (it is written); 2 usage; 3 input unreadable or invalid; 4 output failed.");
 }
