@@ -1,12 +1,15 @@
 #include "colour/spaces.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "text/format.h"
 #include "text/grammar.h"
 
 namespace {
+
+const float kLeastTriangle = 1e-6F; // area in x, y; less is rounding
 
 struct NamedSpace {
   const char *name;
@@ -40,11 +43,13 @@ Space parse_space(const std::string &option, const std::string &text) {
     }
     std::copy_n(values.data(), 8, &primaries[0][0]);
   }
-  if (vexo_cs_init(&space.cs, primaries) != 0) {
+  if (vexo_cs_init(&space.cs, primaries) != 0 || !spans_triangle(space.cs)) {
     reject(option, text, "primaries that span a triangle and a white with y above 0");
   }
   return space;
 }
+
+bool spans_triangle(vexo_cs cs) { return std::fabs(vexo_cs_area(&cs)) > kLeastTriangle; }
 
 Space with_bt601_luma(Space space) {
   const vexo_vector luma = {{0.299F, 0.587F, 0.114F}};

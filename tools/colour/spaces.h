@@ -20,6 +20,9 @@ std::string space_names();
 // The space with the luma weights of BT.601 in the Y row of its matrix, for conversions that stay in this space.
 Space with_bt601_luma(Space space);
 
+// Whether the primaries, as X, Y, Z or x, y, z, span more than rounding does.
+bool spans_triangle(vexo_cs cs);
+
 // Properties that follow from the primaries and the white.
 struct SpaceProperties {
   vexo_vector cyan; // x, y, z

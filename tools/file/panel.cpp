@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "colour/spaces.h"
 #include "file/input.h"
 #include "file/output.h"
 #include "file/remarks.h"
@@ -14,8 +15,6 @@
 #include "vexo-lcnr-streams.h"
 
 namespace {
-
-const double kLeastTriangle = 1e-6; // twice its area in x, y; less is the rounding of readings
 
 // Tables of readings begin with a letter, a digit, a quote or a comment.
 void check_kind(const std::string &name, const std::string &text) {
@@ -119,17 +118,12 @@ float sum_above_black(const vexo_lcnr &lcnr, int channel, int row) {
   return vexo_vector_sum(&XYZ);
 }
 
-// Twice the area of the triangle that the channels span in x, y.
-double triangle(const vexo_lcnr &lcnr, int row) {
-  double x[3];
-  double y[3];
-  for (int c = 0; c < 3; c++) {
-    const vexo_vector XYZ = above_black(lcnr, c, row);
-    const double sum = sum_above_black(lcnr, c, row);
-    x[c] = XYZ.d[0] / sum;
-    y[c] = XYZ.d[1] / sum;
-  }
-  return std::fabs((x[1] - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (y[1] - y[0]));
+vexo_cs colours_of(const vexo_lcnr &lcnr, int row) {
+  vexo_cs cs = {};
+  cs.r = above_black(lcnr, 0, row);
+  cs.g = above_black(lcnr, 1, row);
+  cs.b = above_black(lcnr, 2, row);
+  return cs;
 }
 
 void check_light(const Panel &panel) {
@@ -142,7 +136,7 @@ void check_light(const Panel &panel) {
                    format("the panel is black: %s at full drive has Y %g, black has %g", kChannels[c], full, black));
     }
   }
-  if (!(triangle(panel.lcnr, top) > kLeastTriangle)) {
+  if (!spans_triangle(colours_of(panel.lcnr, top))) {
     refuse_input(row_name(panel, top), "red, green and blue at full drive span no triangle, expected three colours");
   }
 }
