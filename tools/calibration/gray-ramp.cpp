@@ -108,7 +108,7 @@ std::vector<MeasuredLight> bare_grays(const GrayRamp &ramp, const PanelModel &mo
 std::string black_difference(const GrayRamp &ramp, const Panel &panel) {
   const double ours = black_of(panel.lcnr)[1];
   const double theirs = ramp.black[1];
-  if (std::fabs(theirs - ours) <= kBlackDiffers * std::max(ours, theirs)) {
+  if (std::fabs(theirs - ours) <= kBlackDiffers * std::max(std::fabs(ours), std::fabs(theirs))) {
     return "";
   }
   return format("%s: black has a luminance of %g, that of the panel file %g", input_name(ramp.path).c_str(), theirs,

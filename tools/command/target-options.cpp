@@ -35,6 +35,50 @@ bool names_curve(const TargetOptions &options) {
                      [&](const TargetOption &o) { return o.curve && !(options.*o.text).empty(); });
 }
 
+ToneCurve parse_two_steps(const TargetOptions &options) {
+  const LibraryCurve camera = options.camera.empty() ? kLinear : parse_camera_curve("--camera", options.camera);
+  const LibraryCurve system = options.system.empty() ? kLinear : parse_system_curve("--system", options.system);
+  return two_steps(camera, system);
+}
+
+bool in_steps(const TargetOptions &options) { return !options.camera.empty() || !options.system.empty(); }
+
+void warn_of_steps(const ToneCurve &curve) {
+  const double middle = curve.luminance(0.5, {1.0, 0.0});
+  if (middle > 0.5) {
+    warn(format("at 50 %% input the target has %.1f %% of white's light, an effective gamma of %.2f: displays have one "
+                "above 1",
+                middle * 100.0, effective_gamma(0.5, middle, {1.0, 0.0})));
+  }
+}
+
+// The one tone curve that the options name.
+ToneCurve parse_curve(const TargetOptions &options) {
+  if (!options.curve.empty() + !options.gamma.empty() + in_steps(options) > 1) {
+    throw Failure(kUsageError, "expected one of --curve, --gamma, and --camera with --system");
+  }
+  if (in_steps(options)) {
+    return parse_two_steps(options);
+  }
+  if (!options.gamma.empty()) {
+    return power_law(parse_positive("--gamma", options.gamma));
+  }
+  return parse_tone_curve("--curve", options.curve.empty() ? kDefaultCurve : options.curve);
+}
+
+Target target_of(const TargetOptions &options) {
+  Target target = {parse_white("--white", options.white.empty() ? kDefaultWhite : options.white), parse_curve(options),
+                   std::nullopt};
+  target.luminance = target.curve.peak;
+  if (!options.luminance.empty() && target.luminance) {
+    throw Failure(kUsageError, "--luminance and the peak of --curve " + target.curve.name + ": expected one of them");
+  }
+  if (!options.luminance.empty()) {
+    target.luminance = parse_positive("--luminance", options.luminance);
+  }
+  return target;
+}
+
 // The target options that a calibration left in its JSON file.
 TargetOptions read_target_options(const std::string &path) {
   const Json document = Json::parse(read_text(path, "a calibration's JSON"), nullptr, false);
@@ -48,37 +92,16 @@ TargetOptions read_target_options(const std::string &path) {
     if (member != document[place].end() && !member->is_string()) {
       refuse_input(input_name(path), std::string("target/options/") + option.name + ": expected a text");
     }
-    options.*option.text = member == document[place].end() ? "" : member->get<std::string>();
+    options.*option.text = member == document[place].end() ? "" : visible(member->get<std::string>());
+  }
+  try {
+    target_of(options);
+  } catch (const Failure &failure) {
+    if (failure.code == kUsageError) { // a curve's file may be missing where another curve is given by hand
+      refuse_input(input_name(path), "target/options: " + failure.text);
+    }
   }
   return options;
-}
-
-ToneCurve parse_two_steps(const TargetOptions &options) {
-  const LibraryCurve camera = options.camera.empty() ? kLinear : parse_camera_curve("--camera", options.camera);
-  const LibraryCurve system = options.system.empty() ? kLinear : parse_system_curve("--system", options.system);
-  ToneCurve curve = two_steps(camera, system);
-  const double middle = curve.luminance(0.5, {1.0, 0.0});
-  if (middle > 0.5) {
-    warn(format("at 50 %% input the target has %.1f %% of white's light, an effective gamma of %.2f: displays have one "
-                "above 1",
-                middle * 100.0, effective_gamma(0.5, middle, {1.0, 0.0})));
-  }
-  return curve;
-}
-
-// The one tone curve that the options name.
-ToneCurve parse_curve(const TargetOptions &options) {
-  const bool in_steps = !options.camera.empty() || !options.system.empty();
-  if (!options.curve.empty() + !options.gamma.empty() + in_steps > 1) {
-    throw Failure(kUsageError, "expected one of --curve, --gamma, and --camera with --system");
-  }
-  if (in_steps) {
-    return parse_two_steps(options);
-  }
-  if (!options.gamma.empty()) {
-    return power_law(parse_positive("--gamma", options.gamma));
-  }
-  return parse_tone_curve("--curve", options.curve.empty() ? kDefaultCurve : options.curve);
 }
 
 } // namespace
@@ -149,14 +172,9 @@ std::vector<std::pair<std::string, std::string>> given(const TargetOptions &opti
 }
 
 Target parse_target(const TargetOptions &options) {
-  Target target = {parse_white("--white", options.white.empty() ? kDefaultWhite : options.white), parse_curve(options),
-                   std::nullopt};
-  target.luminance = target.curve.peak;
-  if (!options.luminance.empty() && target.luminance) {
-    throw Failure(kUsageError, "--luminance and the peak of --curve " + target.curve.name + ": expected one of them");
-  }
-  if (!options.luminance.empty()) {
-    target.luminance = parse_positive("--luminance", options.luminance);
+  Target target = target_of(options);
+  if (in_steps(options)) {
+    warn_of_steps(target.curve);
   }
   return target;
 }
