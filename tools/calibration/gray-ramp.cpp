@@ -19,12 +19,10 @@ double top_level(const vexo_lcnr &lcnr) { return lcnr.sample[lcnr.num - 1]; }
 void check_level(const GrayRamp &ramp, const GrayReading &reading, double top) {
   const double before = ramp.grays.empty() ? 0.0 : ramp.grays.back().input * top;
   if (reading.level < 0.0F || reading.level > top * (1.0 + 1e-6)) {
-    throw Failure(kInputError, format("%s: level %g, expected 0 to %g as in the panel file",
-                                      input_name(ramp.path).c_str(), reading.level, top));
+    refuse_input(reading.place, format("level %g, expected 0 to %g as in the panel file", reading.level, top));
   }
   if (!(reading.level > before) && (reading.level > 0.0F || ramp.own_black || !ramp.grays.empty())) {
-    throw Failure(kInputError,
-                  format("%s: level %g does not rise above %g", input_name(ramp.path).c_str(), reading.level, before));
+    refuse_input(reading.place, format("level %g, expected more than %g", reading.level, before));
   }
 }
 

@@ -47,10 +47,10 @@ CLI::Validator one_of(const std::vector<std::string> &names) {
 
 CLI::Validator whole_number(int min, int max) {
   const CLI::Range range(min, max);
-  const auto check = [range](const std::string &text) {
-    const std::string error = range(text);
+  const std::string expected = ", expected a whole number from " + std::to_string(min) + " to " + std::to_string(max);
+  const auto check = [range, expected](const std::string &text) {
     const bool decimal = text == "0" || text.find_first_of("123456789") == 0;
-    return !error.empty() || decimal ? error : "Value " + text + " is not written in plain decimal digits";
+    return decimal && range(text).empty() ? "" : "Value " + text + expected;
   };
   return {check, "[" + std::to_string(min) + " - " + std::to_string(max) + "]"};
 }

@@ -81,10 +81,11 @@ Target target_of(const TargetOptions &options) {
 
 // The target options that a calibration left in its JSON file.
 TargetOptions read_target_options(const std::string &path) {
-  const Json document = Json::parse(read_text(path, "a calibration's JSON"), nullptr, false);
+  const std::string expected = "the JSON of vexo calibrate --json, with target/options";
+  const Json document = parse_json(input_name(path), read_text(path, "a calibration's JSON"), expected);
   const Json::json_pointer place("/target/options");
   if (!document.is_object() || !document.contains(place) || !document[place].is_object()) {
-    refuse_input(input_name(path), "expected the JSON of vexo calibrate --json, with target/options");
+    refuse_input(input_name(path), "expected " + expected);
   }
   TargetOptions options;
   for (const TargetOption &option : kTargetOptions) {

@@ -59,7 +59,7 @@ struct CubeJudge {
       refuse(r, format("more than the %lld entries of LUT_3D_SIZE %lld", r.expected, size));
     case Remark::no_size:
       if (std::ferror(f) == 0) {
-        unreadable(input, "no LUT_3D_SIZE line");
+        unreadable(input, "no line with LUT_3D_SIZE, expected a cube");
       }
       return false;
     case Remark::too_few:
@@ -149,7 +149,7 @@ int eecolor_size(const Lut3dInput &input, std::FILE *f) {
     unreadable(input, format("%lld grid points, expected at most %d (--max-size)", size, input.max_size));
   }
   if (input.size == 0 && (count < 1 || size * size * size != count)) {
-    unreadable(input, format("%lld lines of six numbers, which is no cube number", count));
+    unreadable(input, format("%lld lines of six numbers, expected a cube number of them", count));
   }
   return static_cast<int>(size);
 }

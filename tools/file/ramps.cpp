@@ -72,9 +72,9 @@ void check_ends(const std::string &name, const Levels &levels) {
     refuse_input(name, "no reading of black (all drives 0) for every channel, expected one at least");
   }
   const auto &[highest, full] = *levels.rbegin();
-  if (levels.size() < 2 || !full.complete()) {
+  if (!full.complete()) {
     refuse_input(name, format("full drive, level %.9g, was read for %s only, expected every channel", highest,
-                              levels.size() < 2 ? "black" : full.channels().c_str()));
+                              full.channels().c_str()));
   }
 }
 
@@ -134,8 +134,9 @@ Import lay_out_ramps(const std::string &name, const Readings &readings) {
   result.readings = readings.list.size();
   result.notes = readings.notes;
   Levels levels = sort_by_level(readings.list, result.notes);
-  if (levels.empty()) {
-    refuse_input(name, format("no channel driven alone in %zu readings", readings.list.size()));
+  if (levels.empty() || (levels.size() == 1 && levels.begin()->first == 0.0F)) {
+    refuse_input(name, format("no channel driven alone in %zu readings, expected ramps of red, green and blue",
+                              readings.list.size()));
   }
   check_ends(name, levels);
   drop_incomplete(levels, result.notes);

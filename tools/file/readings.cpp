@@ -4,6 +4,7 @@
 #include <map>
 
 #include "file/input.h"
+#include "text/failure.h"
 #include "text/format.h"
 #include "text/verbose.h"
 
@@ -21,13 +22,18 @@ bool is_gray(const Reading &reading) {
 }
 
 std::vector<GrayReading> means(const std::vector<GrayReading> &grays) {
-  std::map<float, MeanXYZ> levels;
+  struct Repeated {
+    MeanXYZ mean;
+    std::string place;
+  };
+  std::map<float, Repeated> levels;
   for (const GrayReading &gray : grays) {
-    levels[gray.level].add(gray.XYZ);
+    Repeated &level = levels.try_emplace(gray.level, Repeated{{}, gray.place}).first->second;
+    level.mean.add(gray.XYZ);
   }
   std::vector<GrayReading> sorted;
-  for (const auto &[level, mean] : levels) {
-    sorted.push_back({level, mean.XYZ()});
+  for (const auto &[level, readings] : levels) {
+    sorted.push_back({level, readings.mean.XYZ(), readings.place});
   }
   return sorted;
 }
@@ -36,6 +42,9 @@ std::vector<GrayReading> means(const std::vector<GrayReading> &grays) {
 
 Readings read_readings(const std::string &path, const char *expected) {
   const std::string text = read_text(path, expected);
+  if (text.rfind('<', 0) == 0) {
+    refuse_input(input_name(path) + ":1", std::string("XML, expected ") + expected);
+  }
   return (is_cgats(path, text) ? read_cgats : read_csv)(path, text);
 }
 
@@ -44,7 +53,8 @@ std::vector<GrayReading> read_gray(const std::string &path, float full) {
   std::vector<GrayReading> grays;
   for (const Reading &reading : readings.list) {
     if (is_gray(reading)) {
-      grays.push_back({readings.full ? reading.drive[0] / *readings.full * full : reading.drive[0], reading.XYZ});
+      const float level = readings.full ? reading.drive[0] / *readings.full * full : reading.drive[0];
+      grays.push_back({level, reading.XYZ, reading.place});
     }
   }
   if (readings.ramp) {

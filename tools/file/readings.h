@@ -59,6 +59,7 @@ Readings read_csv(const std::string &path, const std::string &text);
 struct GrayReading {
   float level;
   vexo_vector XYZ;
+  std::string place; // of its reading, or of the first of a mean
 };
 
 // The readings of a file whose three drives are equal. full: the level of full drive, for files that have drives in

@@ -120,9 +120,10 @@ std::string figure_names() {
 
 std::vector<LimitResult> limits_of_file(const std::string &path) {
   const std::string file = input_name(path);
-  const Json members = Json::parse(read_text(path, "JSON limits"), nullptr, false);
+  const std::string expected = "a JSON object of limits by figure";
+  const Json members = parse_json(file, read_text(path, "JSON limits"), expected);
   if (!members.is_object()) {
-    refuse_input(file, "expected a JSON object of limits by figure");
+    refuse_input(file, "expected " + expected);
   }
   std::vector<LimitResult> limits;
   for (const auto &[name, member] : members.items()) {

@@ -1,8 +1,11 @@
 #include "text/json.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+
+#include "text/failure.h"
 
 Json json_number(float value) {
   if (!std::isfinite(value)) {
@@ -23,6 +26,16 @@ Json json_matrix(const vexo_matrix &m) {
     rows.push_back(json_vector(vexo_vector{{row[0], row[1], row[2]}}));
   }
   return rows;
+}
+
+Json parse_json(const std::string &name, const std::string &text, const std::string &expected) {
+  try {
+    return Json::parse(text);
+  } catch (const Json::parse_error &error) {
+    const size_t before = std::min(error.byte, text.size());
+    const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(before), '\n');
+    refuse_input(name + ":" + std::to_string(line), "no JSON, expected " + expected);
+  }
 }
 
 void print_json(const Json &document) {

@@ -3,6 +3,7 @@
 #define VEXO_TOOLS_JSON_H
 
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "vexo-matrix.h"
 
@@ -14,6 +15,10 @@ Json json_number(float value);
 
 Json json_vector(const vexo_vector &v);
 Json json_matrix(const vexo_matrix &m);
+
+// The document of a text. Throws a Failure (input) that names the line where it is no JSON. expected: what it should
+// be.
+Json parse_json(const std::string &name, const std::string &text, const std::string &expected);
 
 // Prints the document and a line break to standard output.
 void print_json(const Json &document);
