@@ -61,7 +61,7 @@ TEST_F(Targets, CurvesGiveThePublishedLight) {
       {"--curve pq:1000", none, 0.9, 1000.0, "clipped at the peak"},
       {"--curve pq:1000", none, 0.58, 203.0, "BT.2408, HDR reference white at 58 %"},
       {"--curve hlg:1000", none, 0.75, 203.0, "BT.2408, HDR reference white at 75 %"},
-      {"--curve hlg --luminance 1000", none, 0.5, 50.70, "BT.2100: 1000 / 12^1.2"},
+      {"--curve hlg --luminance 1000", none, 0.4, 29.68, "BT.2100: 1000 (0.4^2 / 3)^1.2"},
       {"--curve hlg:600", none, 0.5, 600.0 / std::pow(12.0, 1.2 + 0.42 * std::log10(0.6)), "BT.2100: system gamma"},
       {"--curve bt1886 --luminance 100", kBlack, 0.6, bt1886(0.6, 100.0, kBlack[1]), "BT.1886"},
       {"--curve bt1886 --luminance 100", none, 0.6, 100.0 * std::pow(0.6, 2.4), "BT.1886 over no black"},
