@@ -8,6 +8,7 @@
 #include "command/shared-options.h"
 #include "file/input.h"
 #include "signal/conversion.h"
+#include "text/failure.h"
 #include "text/grammar.h"
 
 namespace {
@@ -18,8 +19,8 @@ struct CscOptions {
   Signal to;
   Space space = parse_space("--space", "bt709"); // of both
   std::optional<Space> from_space;
-  std::string to_space;      // or a panel's file
-  std::string white = "D65"; // of that panel
+  std::string to_space; // or a panel's file
+  std::string white;    // of that panel
   std::string luma = "primaries";
   vexo_ccp controls;
   float hue = 0.0F; // in degrees
@@ -35,7 +36,7 @@ Space panel_output(const CscOptions &options, Target *target) {
   const PanelModel model = model_of(read_panel_input({options.to_space, "", "", "on"}));
   *target = on_panel(*target, model);
   Space space = panel_space(model, target->white);
-  space.name = options.to_space + " at white " + options.white;
+  space.name = options.to_space + " at white " + target->white.name;
   return space;
 }
 
@@ -55,9 +56,11 @@ CscResult convert(const CscOptions &options) {
   const Space both = options.luma == "bt601" ? with_bt601_luma(options.space) : options.space;
   CscResult r = {{options.from, options.from_space.value_or(both)}, {options.to, both}, {}, {}, {}, {}};
   if (is_panel(options.to_space)) {
-    Target target = {parse_white("--white", options.white), power_law(2.2F), {}};
+    Target target = {options.white.empty() ? kD65 : parse_white("--white", options.white), power_law(2.2F), {}};
     r.to.space = panel_output(options, &target);
     r.effect = effect_of_matrix(r.from.space, r.to.space, target);
+  } else if (!options.white.empty()) {
+    throw Failure(kUsageError, "--white: expected a panel's file as --to-space");
   } else if (!options.to_space.empty()) {
     r.to.space = parse_space("--to-space", options.to_space);
   }
@@ -92,7 +95,8 @@ void add_spaces(CLI::App *command, CscOptions &options) {
                           "Colour space of the output, or PANEL.xml: the primaries of the panel with --white; "
                           "whites are adapted (Bradford)");
   command->add_option("--white", options.white, "White of the panel's grays: a name, x,y, 6500K or 2856P")
-      ->capture_default_str()
+      ->type_name(words_among_others(white_names()))
+      ->default_str("D65")
       ->needs(to);
   both->default_str(options.space.name)->excludes(from)->excludes(to);
   for (CLI::Option *space : {both, from, to}) {

@@ -21,7 +21,7 @@ struct ReportCommandOptions {
   ReportOptions report;
   bool patches = false;
   std::string lut3d;
-  Space space = parse_space("--space", "bt709");
+  std::optional<Space> space; // BT.709 where colours are judged without it
   std::string verify_colors;
 };
 
@@ -55,9 +55,9 @@ void run(const ReportCommandOptions &options, const std::string &command_line) {
     file.path = options.lut3d;
     cube = read_with_warnings(file).lut;
   }
-  if (options.patches || cube != nullptr || !options.verify_colors.empty()) {
+  if (options.patches || options.space || cube != nullptr || !options.verify_colors.empty()) {
     require_channels(model, luts, options.luts);
-    source.colours = ColourSource{options.space, cube.get(), options.verify_colors};
+    source.colours = ColourSource{options.space.value_or(parse_space("", "bt709")), cube.get(), options.verify_colors};
   }
   const Report report = make_report(source);
   write_reports(options.report, report);
@@ -88,9 +88,9 @@ void add_report(CLI::App &app, const std::string &command_line) {
                     "Judge colours as well: the 24 of the ColorChecker chart, skin tones, saturation sweeps");
   command->add_option("--lut3d", options->lut3d, "3D LUT in front of the 1D LUTs; includes --patches");
   add_parsed(command, "--space", options->space, parse_space,
-             "Colour space of the signal for --patches by name, or rx,ry,gx,gy,bx,by,wx,wy")
+             "Colour space of the signal by name, or rx,ry,gx,gy,bx,by,wx,wy; includes --patches")
       ->type_name(words_among_others(space_names()))
-      ->default_str(options->space.name);
+      ->default_str("bt709");
   command->add_option(
       "--verify-colors", options->verify_colors,
       "Colours measured through all LUTs (CSV of r,g,b,X,Y,Z or x,y,Y; .ti3), signals in the unit of the panel "
