@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <cstdio>
 
 #include "calibration/check.h"
@@ -169,7 +170,9 @@ void write_reports(const ReportOptions &options, const Report &report) {
 void judge_limits(const std::vector<LimitResult> &limits, const std::string &written) {
   std::string missed;
   for (const LimitResult &limit : limits) {
-    const std::string value = limit.state == LimitResult::kNotJudged ? "not known" : format("%.4f", limit.value);
+    const std::string value = limit.state == LimitResult::kNotJudged ? "not known"
+                              : std::isinf(limit.value)              ? "endless"
+                                                                     : format("%.4f", limit.value);
     std::fprintf(stderr, "%s %s: %s, %s\n", state_name(limit.state), limit.figure.c_str(), value.c_str(),
                  describe(limit).c_str());
     if (limit.state == LimitResult::kMissed && missed.find(" " + limit.figure) == std::string::npos) {
