@@ -16,7 +16,7 @@
 
 namespace {
 
-const int kLevels = 1024;             // entries that the recipes fill
+const int kLevels = 1024; // entries that the recipes fill
 
 // Applies a change to every drive.
 template <typename Change> void for_each_drive(LutSet &luts, Change change) {
@@ -175,6 +175,13 @@ void check_white(const Panel &panel, const RecipeJob &job, Correction &correctio
   const White &target = job.target.white;
   if (is_white(white, target)) {
     return;
+  }
+  if (is_white(white_through(correction.exact, correction.model, job.target), target)) {
+    throw Failure(kLimitMissed,
+                  format("%s: codes of %d bits are too coarse for white %s: they reached x %.4f, y %.4f, expected more "
+                         "--bits; no LUTs were written",
+                         input_name(panel.path).c_str(), job.bits, target.name.c_str(), white.xyY.d[0],
+                         white.xyY.d[1]));
   }
   if (solve_shows_white(job, correction.model)) {
     throw Failure(kLimitMissed,
