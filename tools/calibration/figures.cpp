@@ -14,6 +14,7 @@ namespace {
 const int kRampSize = 101;
 const double kNone = std::numeric_limits<double>::quiet_NaN();
 const double kEndless = std::numeric_limits<double>::infinity();
+const double kWhiteTolerance = 0.004; // distance in u'v' at which two whites are just told apart side by side
 const double kSameDifference = 1e-4;  // of CIEDE2000
 const double kGammaUpTo = 0.9 + 1e-6; // a step of gamma nearer to white rests on a small difference of light
 
@@ -221,6 +222,16 @@ Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &targ
   std::vector<GrayFigure> grays = predict(model, luts.get(), black);
   const double peak = grays.back().XYZ.d[1];
   return GrayTarget(target, primaries_of(model), peak, black).judge(std::move(grays)).summary.de2000;
+}
+
+std::string missed_white(const GrayFigure &shown, const White &target) {
+  const double distance = uv_distance(shown.xyY, target.xyz);
+  return distance <= kWhiteTolerance
+             ? ""
+             : format("the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
+                      "where %.4f is allowed",
+                      target.name.c_str(), target.xyz.d[0], target.xyz.d[1], shown.xyY.d[0], shown.xyY.d[1], distance,
+                      kWhiteTolerance);
 }
 
 bool is_worse(const Spread &with, const Spread &without) { return !(with.mean <= without.mean + kSameDifference); }

@@ -17,9 +17,6 @@
 // Grays are judged from this input up. Below it, much of what a probe reads is noise.
 const double kJudgedFrom = 0.1;
 
-// Distance in u'v' at which two whites are just told apart side by side.
-const double kWhiteTolerance = 0.004;
-
 bool is_judged(double input);
 std::string judged_from(); // "10 %"
 
@@ -122,6 +119,9 @@ private:
 
 // CIEDE2000 of the ramp that the model predicts through LUTs, against the target at its own peak.
 Spread predicted_error(const PanelModel &model, LutSet &luts, const Target &target);
+
+// How a panel misses the target white, in words; empty where the two cannot be told apart side by side.
+std::string missed_white(const GrayFigure &shown, const White &target);
 
 // Whether a mean CIEDE2000 is above another by more than rounding.
 bool is_worse(const Spread &with, const Spread &without);

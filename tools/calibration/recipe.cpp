@@ -157,23 +157,19 @@ GrayFigure white_through(LutSet &luts, const PanelModel &model, const Target &ta
   return predict(model, luts.get(), included_black(target.curve, model), 2).back();
 }
 
-bool is_white(const GrayFigure &shown, const White &target) {
-  return uv_distance(shown.xyY, target.xyz) <= kWhiteTolerance;
-}
-
 // Whether the solve recipe shows the target white. Another recipe may miss it: its search in steps stops where one
 // channel alone is clipped.
 bool solve_shows_white(RecipeJob job, const PanelModel &model) {
   job.recipe = &recipe_named("solve");
   RecipeTask task = {model.measurements(), job.target, &job.evidence, 0, {}};
   LutSet luts(kLevels);
-  return run_recipe(job, luts, task) && is_white(white_through(luts, model, job.target), job.target.white);
+  return run_recipe(job, luts, task) && missed_white(white_through(luts, model, job.target), job.target.white).empty();
 }
 
 void check_white(const Panel &panel, const RecipeJob &job, Correction &correction) {
-  const GrayFigure white = white_through(correction.luts, correction.model, job.target);
   const White &target = job.target.white;
-  if (is_white(white, target)) {
+  const std::string missed = missed_white(white_through(correction.luts, correction.model, job.target), target);
+  if (missed.empty()) {
     return;
   }
   if (is_white(white_through(correction.exact, correction.model, job.target), target)) {
@@ -188,12 +184,7 @@ void check_white(const Panel &panel, const RecipeJob &job, Correction &correctio
                   format("%s: the %s recipe did not find white %s, --recipe solve does; no LUTs were written",
                          input_name(panel.path).c_str(), job.recipe->name, target.name.c_str()));
   }
-  throw Failure(
-      kLimitMissed,
-      format("%s: the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
-             "where %.4f is allowed; no LUTs were written",
-             input_name(panel.path).c_str(), target.name.c_str(), target.xyz.d[0], target.xyz.d[1], white.xyY.d[0],
-             white.xyY.d[1], uv_distance(white.xyY, target.xyz), kWhiteTolerance));
+  throw Failure(kLimitMissed, input_name(panel.path) + ": " + missed + "; no LUTs were written");
 }
 
 // The library's recipes take a curve of their own form, and the white that comes of it.

@@ -48,15 +48,9 @@ void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) 
 // Without 1D LUTs it is the 3D LUT that has to show white.
 void check_white(const PanelInputs &panel, const Triple &inputs, const Target &target, const Triple &black) {
   const Triple XYZ = panel.shown(inputs) + black;
-  const GrayFigure shown = gray_figure(1.0, XYZ, {XYZ[1], black[1]});
-  const double distance = uv_distance(shown.xyY, target.white.xyz);
-  if (!(distance <= kWhiteTolerance)) {
-    throw Failure(
-        kLimitMissed,
-        format("the panel cannot show white %s (x %.4f, y %.4f): it reached x %.4f, y %.4f, %.4f away in u'v' "
-               "where %.4f is allowed; no 3D LUT was written",
-               target.white.name.c_str(), target.white.xyz.d[0], target.white.xyz.d[1], shown.xyY.d[0], shown.xyY.d[1],
-               distance, kWhiteTolerance));
+  const std::string missed = missed_white(gray_figure(1.0, XYZ, {XYZ[1], black[1]}), target.white);
+  if (!missed.empty()) {
+    throw Failure(kLimitMissed, missed + "; no 3D LUT was written");
   }
 }
 
