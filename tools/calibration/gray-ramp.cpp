@@ -65,7 +65,7 @@ std::string sparse(const GrayRamp &ramp, const vexo_lcnr &panel) {
                                                 input_name(ramp.path).c_str(), before * top, input * top);
   };
   for (const GrayRamp::Gray &gray : ramp.grays) {
-    const std::string found = gap(gray.input);
+    std::string found = gap(gray.input);
     if (!found.empty()) {
       return found;
     }
