@@ -95,7 +95,7 @@ Triple clipped(const TowardsGray &line, const Triple &lights, Inverse *inverse) 
 } // namespace
 
 SignalColours::SignalColours(const Space &space, const Target &target, double white_luminance, const Triple &black)
-    : ramp_(target, white_luminance, black) {
+    : ramp_(target, white_luminance, black), black_(white_XYZ(target.white, std::max(black[1], 0.0))) {
   vexo_cs cs = space.cs;
   vexo_vector white = target.white.xyz;
   vexo_matrix adaptation;
@@ -115,7 +115,7 @@ Triple SignalColours::XYZ(const Triple &signal) const {
 }
 
 Triple SignalColours::signal(const Triple &XYZ) const {
-  const Triple lights = to_XYZ_.partialPivLu().solve(XYZ * ramp_.XYZ(1.0)[1]);
+  const Triple lights = to_XYZ_.partialPivLu().solve(XYZ * ramp_.XYZ(1.0)[1] - black_);
   return lights.unaryExpr([&](double part) { return signal_of_light(ramp_, part); });
 }
 

@@ -32,6 +32,7 @@ public:
 
 private:
   TargetRamp ramp_;
+  Triple black_;           // of a panel whose black has the colour of white
   Eigen::Matrix3d to_XYZ_; // from the lights of red, green and blue, white's being 1
 };
 

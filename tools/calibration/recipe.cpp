@@ -152,9 +152,9 @@ Correction run(const Panel &panel, const RecipeJob &job) {
           std::move(rounded), std::move(task.remarks),     std::move(warnings)};
 }
 
-// White through the LUTs.
-GrayFigure white_through(LutSet &luts, const PanelModel &model, const Target &target) {
-  return predict(model, luts.get(), included_black(target.curve, model), 2).back();
+// How white through the LUTs misses the target's; empty where it does not.
+std::string missed_white_through(LutSet &luts, const PanelModel &model, const Target &target) {
+  return missed_white(predict(model, luts.get(), included_black(target.curve, model), 2).back(), target.white);
 }
 
 // Whether the solve recipe shows the target white. Another recipe may miss it: its search in steps stops where one
@@ -163,26 +163,25 @@ bool solve_shows_white(RecipeJob job, const PanelModel &model) {
   job.recipe = &recipe_named("solve");
   RecipeTask task = {model.measurements(), job.target, &job.evidence, 0, {}};
   LutSet luts(kLevels);
-  return run_recipe(job, luts, task) && missed_white(white_through(luts, model, job.target), job.target.white).empty();
+  return run_recipe(job, luts, task) && missed_white_through(luts, model, job.target).empty();
 }
 
 void check_white(const Panel &panel, const RecipeJob &job, Correction &correction) {
-  const White &target = job.target.white;
-  const std::string missed = missed_white(white_through(correction.luts, correction.model, job.target), target);
+  const std::string &target = job.target.white.name;
+  const std::string missed = missed_white_through(correction.luts, correction.model, job.target);
   if (missed.empty()) {
     return;
   }
-  if (is_white(white_through(correction.exact, correction.model, job.target), target)) {
+  if (missed_white_through(correction.exact, correction.model, job.target).empty()) {
     throw Failure(kLimitMissed,
-                  format("%s: codes of %d bits are too coarse for white %s: they reached x %.4f, y %.4f, expected more "
-                         "--bits; no LUTs were written",
-                         input_name(panel.path).c_str(), job.bits, target.name.c_str(), white.xyY.d[0],
-                         white.xyY.d[1]));
+                  format("%s: codes of %d bits are too coarse for white %s, expected more --bits; no LUTs "
+                         "were written",
+                         input_name(panel.path).c_str(), job.bits, target.c_str()));
   }
   if (solve_shows_white(job, correction.model)) {
     throw Failure(kLimitMissed,
                   format("%s: the %s recipe did not find white %s, --recipe solve does; no LUTs were written",
-                         input_name(panel.path).c_str(), job.recipe->name, target.name.c_str()));
+                         input_name(panel.path).c_str(), job.recipe->name, target.c_str()));
   }
   throw Failure(kLimitMissed, input_name(panel.path) + ": " + missed + "; no LUTs were written");
 }
