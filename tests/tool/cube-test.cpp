@@ -224,6 +224,14 @@ TEST_F(MadeCube, ReportPredictsTestColours) {
     }
   }
   EXPECT_EQ(known, 3 * published.size());
+  const json over_black = report(" --curve bt1886"); // a viewer sees the same colours, black included
+  const json &steps = over_black["steps"]["target"];
+  for (const json &row : over_black["colours"]["colours"]) {
+    for (size_t m = 0; m < 3 && published.count(row["name"]) > 0; m++) {
+      const double seen = row["XYZ"][m].get<double>() + steps[0]["XYZ"][m].get<double>();
+      EXPECT_NEAR(seen / steps[100]["XYZ"][1].get<double>(), published.at(row["name"])[m], 2e-5) << row["name"];
+    }
+  }
 }
 
 // Readings of the true panel. Without a reading of white or black, these are the predicted and the panel file's.
