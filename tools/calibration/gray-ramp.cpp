@@ -12,7 +12,7 @@ namespace {
 const double kUnitFactor = 1.5;  // what two readings of one white may differ by
 const double kNoiseMargin = 2.0; // times the noise: what counts as read
 const double kBlackDiffers = 0.2;
-const double kFarApart = 0.34; // of full drive, from one gray to the next
+const double kFarApart = 0.35; // of full drive, from one gray to the next
 
 double top_level(const vexo_lcnr &lcnr) { return lcnr.sample[lcnr.num - 1]; }
 
