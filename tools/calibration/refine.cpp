@@ -76,6 +76,18 @@ std::vector<MeasuredLight> believed_grays(const GrayRamp &ramp, const vexo_lut *
   return lights;
 }
 
+double prediction_error(const GrayRamp &ramp, const vexo_lut *luts, const PanelModel &model) {
+  const vexo_vector white = single(ramp.above_black(ramp.grays.size() - 1));
+  std::vector<double> errors;
+  for (size_t i = 0; i < ramp.grays.size(); i++) {
+    if (is_judged(ramp.grays[i].input)) {
+      const Triple predicted = model.XYZ(drives_at(luts, ramp.grays[i].input));
+      errors.push_back(de2000(single(predicted), single(ramp.above_black(i)), white));
+    }
+  }
+  return spread_of(errors).mean;
+}
+
 double noise_difference(const GrayRamp &ramp, const White &white) {
   const vexo_vector reference = single(white_XYZ(white, ramp.above_black(ramp.grays.size() - 1)[1]));
   double sum = 0.0;

@@ -17,6 +17,9 @@
 // The lights of the ramp as they are believed, for PanelModel::learn_grays().
 std::vector<MeasuredLight> believed_grays(const GrayRamp &ramp, const vexo_lut *luts, const PanelModel &model);
 
+// The mean CIEDE2000 of the judged grays of a ramp to what the model predicts through LUTs; null: of the bare panel.
+double prediction_error(const GrayRamp &ramp, const vexo_lut *luts, const PanelModel &model);
+
 // The mean CIEDE2000, over the judged grays of the ramp, that the noise of the readings leaves after smoothing. LUTs
 // that differ by less are the same to these readings.
 double noise_difference(const GrayRamp &ramp, const White &white);

@@ -17,7 +17,8 @@
 
 namespace {
 
-const double kGraysFollow = 1.0; // mean CIEDE2000 of grays that follow their target
+const double kGraysFollow = 1.0;    // mean CIEDE2000 of grays that follow their target
+const double kSameLuminance = 0.02; // parts that two luminances of one white may differ by
 
 struct MakeOptions {
   PanelOptions panel;
@@ -42,6 +43,14 @@ void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) 
     warn(format("the grays through the 1D LUTs are a mean CIEDE2000 of %.2f from this target: expected the white and "
                 "curve that the LUTs were made for",
                 error));
+  }
+}
+
+// With 1D LUTs it is these that decide how bright white is. white: with black in it.
+void warn_of_luminance(double white, const Target &target) {
+  if (target.luminance && std::fabs(white / *target.luminance - 1.0) > kSameLuminance) {
+    warn(format("white through the 1D LUTs has %.4g cd/m2, the target has %.4g: the 3D LUT takes that of the 1D LUTs",
+                white, *target.luminance));
   }
 }
 
@@ -125,6 +134,7 @@ void make(const MakeOptions &options) {
   if (between != nullptr) {
     require_channels(model, luts, options.luts);
     warn_of_grays(model, luts, target);
+    warn_of_luminance((model.XYZ(drives_at(between, 1.0)) + black_of(model.measurements()))[1], target);
   }
   const PanelInputs panel(model, between);
   const Triple black = included_black(target.curve, model);

@@ -5,12 +5,15 @@
 #include "calibration/refine.h"
 #include "command/commands.h"
 #include "command/delivery.h"
+#include "file/input.h"
 #include "text/failure.h"
 #include "text/format.h"
 
 namespace {
 
 const int kBitsOfFractions = 16; // of LUTs in a cube file
+const double kOtherRamp = 3.0;   // mean CIEDE2000 between ramps that are not the same
+const double kTimesNearer = 4.0; // what the bare ramp must be
 
 struct RefineOptions {
   PanelOptions panel;
@@ -19,6 +22,18 @@ struct RefineOptions {
   TargetOptions target;
   ReportOptions report; // verify: the measured ramp
 };
+
+// A ramp of the bare panel, given by mistake or measured without the LUTs, would lead far off.
+void refuse_bare_ramp(const RefineOptions &options, const GrayRamp &ramp, LutSet &luts, const PanelModel &model) {
+  const double through = prediction_error(ramp, luts.get(), model);
+  const double bare = prediction_error(ramp, nullptr, model);
+  if (through > kOtherRamp && bare < through / kTimesNearer) {
+    refuse_input(input_name(ramp.path),
+                 format("it is near the bare panel (mean CIEDE2000 %.2f), not near what %s leads to (%.2f): expected a "
+                        "ramp measured through these LUTs",
+                        bare, input_name(options.luts).c_str(), through));
+  }
+}
 
 // Keeps the LUTs as they are when the new ones are no better by more than the readings can tell. Throws a Failure
 // (limit) when the new ones are worse by more than that.
@@ -57,6 +72,7 @@ void run(const RefineOptions &options, const std::string &command_line) {
   }
   const PanelModel model = model_of(input);
   require_channels(model, before, options.luts);
+  refuse_bare_ramp(options, ramp, before, model);
   input.evidence.grays.push_back(believed_grays(ramp, before.get(), model));
   if (input.evidence.grays.back().empty()) {
     refuse_input(input_name(options.luts), "no gray through these LUTs is near gray: expected those of a calibration");
