@@ -15,7 +15,7 @@ namespace {
 const double kPrecision = 1e-6;     // of a colour
 const double kInGamut = 1e-5;       // of a channel's full light, beyond which a colour is out of gamut
 const double kMostInward = 1e-4;    // of the way to gray, what clipping may go too far
-const double kBrightestGray = 85.0; // L*. A panel has hardly a colour as bright as white: yellow would fade there
+const double kBrightestGray = 85.0; // L*. Towards brighter grays yellow fades: a panel shows little colour near white
 const int kBisections = 40;
 
 Eigen::Matrix3d doubled(const vexo_matrix &m) {
@@ -39,7 +39,7 @@ double signal_of_light(const TargetRamp &ramp, double light) {
   return high;
 }
 
-// The line in L*a*b* from a colour to the gray of the same lightness, but no brighter one than allowed.
+// The line in L*a*b* from a colour to the gray of the same lightness, or to the brightest gray that is allowed.
 class TowardsGray {
 public:
   TowardsGray(const Triple &XYZ, const Triple &white)

@@ -94,3 +94,9 @@ Spread chart_error(const SignalColours &colours, const std::function<double(cons
   }
   return spread_of(errors);
 }
+
+ChartEffect chart_effect(const SignalColours &colours, const std::function<Triple(const Triple &signal)> &corrected,
+                         const std::function<double(const Triple &signal, const Triple &inputs)> &error) {
+  return {chart_error(colours, [&](const Triple &signal) { return error(signal, signal); }),
+          chart_error(colours, [&](const Triple &signal) { return error(signal, corrected(signal)); })};
+}

@@ -27,4 +27,14 @@ double colour_error(const Triple &light, const Triple &signal, const SignalColou
 // The errors of the 24 colours. error(signal) is that of one; NaN leaves it out.
 Spread chart_error(const SignalColours &colours, const std::function<double(const Triple &signal)> &error);
 
+// The errors of the 24 colours when signals are shown as they are, and when they are corrected first.
+struct ChartEffect {
+  Spread without;
+  Spread with;
+};
+
+// error(signal, inputs) tells the error of a signal that is shown by these inputs.
+ChartEffect chart_effect(const SignalColours &colours, const std::function<Triple(const Triple &signal)> &corrected,
+                         const std::function<double(const Triple &signal, const Triple &inputs)> &error);
+
 #endif

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "calibration/figures.h"
+#include "calibration/test-colours.h"
 #include "signal/conversion.h"
 #include "text/json.h"
 
@@ -14,19 +14,13 @@ struct Applied {
   vexo_vector out;
 };
 
-// CIEDE2000 of the 24 colours on a panel, without and with the conversion.
-struct MatrixEffect {
-  Spread without;
-  Spread with;
-};
-
 struct CscResult {
   SignalInSpace from;
   SignalInSpace to;
   vexo_csc conversion;
   Registers registers;
   std::optional<Applied> applied;
-  std::optional<MatrixEffect> effect;
+  std::optional<ChartEffect> effect; // of the conversion, on a panel
 };
 
 // The registers only where asked for.

@@ -41,15 +41,15 @@ Space panel_output(const CscOptions &options, Target *target) {
 }
 
 // The 24 colours on a panel whose channels add and follow the target's curve.
-MatrixEffect effect_of_matrix(const Space &from, const Space &panel, const Target &target) {
+ChartEffect effect_of_matrix(const Space &from, const Space &panel, const Target &target) {
   const SignalColours wanted(from, target, 1.0, Triple::Zero());
   const SignalColours shown(panel, target, 1.0, Triple::Zero());
   const Eigen::Matrix3d matrix = signal_matrix(from, panel);
   const auto error = [&](const Triple &signal, const Triple &inputs) {
     return colour_error(shown.XYZ(inputs.cwiseMax(0.0).cwiseMin(1.0)), signal, wanted);
   };
-  return {chart_error(wanted, [&](const Triple &signal) { return error(signal, signal); }),
-          chart_error(wanted, [&](const Triple &signal) { return error(signal, matrix * signal); })};
+  return chart_effect(
+      wanted, [&](const Triple &signal) -> Triple { return matrix * signal; }, error);
 }
 
 CscResult convert(const CscOptions &options) {

@@ -46,7 +46,7 @@ void warn_of_grays(const PanelModel &model, LutSet &luts, const Target &target) 
   }
 }
 
-// With 1D LUTs it is these that decide how bright white is. white: with black in it.
+// 1D LUTs decide how bright white is. white: with black in it.
 void warn_of_luminance(double white, const Target &target) {
   if (target.luminance && std::fabs(white / *target.luminance - 1.0) > kSameLuminance) {
     warn(format("white through the 1D LUTs has %.4g cd/m2, the target has %.4g: the 3D LUT takes that of the 1D LUTs",
@@ -54,7 +54,7 @@ void warn_of_luminance(double white, const Target &target) {
   }
 }
 
-// Without 1D LUTs it is the 3D LUT that has to show white.
+// Without 1D LUTs, the 3D LUT has to show white.
 void check_white(const PanelInputs &panel, const Triple &inputs, const Target &target, const Triple &black) {
   const Triple XYZ = panel.shown(inputs) + black;
   const std::string missed = missed_white(gray_figure(1.0, XYZ, {XYZ[1], black[1]}), target.white);
@@ -70,20 +70,14 @@ size_t nearest_reading(const std::vector<MeasuredLight> &lights, const Triple &d
   return static_cast<size_t>(nearest - lights.begin());
 }
 
-// The 24 colours with the 3D LUT and without.
-struct Effect {
-  Spread with;
-  Spread without;
-};
-
-Effect print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
+ChartEffect print_colours(const PanelInputs &panel, const SignalColours &colours, vexo_3dlut *lut, std::FILE *f) {
   const auto error = [&](const Triple &signal, const Triple &inputs) {
     return colour_error(panel.shown(inputs), signal, colours);
   };
-  const Spread before = chart_error(colours, [&](const Triple &signal) { return error(signal, signal); });
-  const Spread after = chart_error(colours, [&](const Triple &signal) { return error(signal, through(lut, signal)); });
+  const ChartEffect effect = chart_effect(
+      colours, [&](const Triple &signal) { return through(lut, signal); }, error);
   std::fprintf(f, "24 colours    CIEDE2000 mean %.2f, worst %.2f; without the 3D LUT %.2f, %.2f (predicted)\n",
-               after.mean, after.worst, before.mean, before.worst);
+               effect.with.mean, effect.with.worst, effect.without.mean, effect.without.worst);
   int outside = 0;
   const Spread inside = chart_error(colours, [&](const Triple &signal) {
     if (in_gamut(panel, colours.XYZ(signal))) {
@@ -97,7 +91,7 @@ Effect print_colours(const PanelInputs &panel, const SignalColours &colours, vex
         f, "              %d of them out of gamut%s\n", outside,
         std::isnan(inside.mean) ? "" : format("; the others mean %.2f, worst %.2f", inside.mean, inside.worst).c_str());
   }
-  return {after, before};
+  return effect;
 }
 
 // How far the model can be trusted there: its error at the readings nearest to the colours.
@@ -149,7 +143,7 @@ void make(const MakeOptions &options) {
   write_lut3d(options.output, cube.lut.get());
   std::FILE *f = options.output.path == "-" ? stderr : stdout;
   print_clipped(cube.clipped, options.size, options.clip, f);
-  const Effect effect = print_colours(panel, colours, cube.lut.get(), f);
+  const ChartEffect effect = print_colours(panel, colours, cube.lut.get(), f);
   if (input.more.mixtures) {
     const CrossValidation validation = cross_validate(*input.more.mixtures, model);
     print_trust(*input.more.mixtures, validation, colours, between, cube.lut.get(), f);

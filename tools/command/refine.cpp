@@ -13,7 +13,7 @@ namespace {
 
 const int kBitsOfFractions = 16; // of LUTs in a cube file
 const double kOtherRamp = 3.0;   // mean CIEDE2000 between ramps that are not the same
-const double kTimesNearer = 4.0; // what the bare ramp must be
+const double kTimesNearer = 4.0; // by this factor, a ramp of the bare panel is nearer to its prediction
 
 struct RefineOptions {
   PanelOptions panel;
